@@ -1,0 +1,50 @@
+# What tools/apigen.py makes from the catalogue: the header, the Fortran modules, the version scripts, the reference.
+find_package(Python3 3.11 REQUIRED COMPONENTS Interpreter)
+
+# The date of the identity text: SOURCE_DATE_EPOCH, which TIMESTAMP honours, or the day of the configuration.
+string(TIMESTAMP date_words "%b;%d;%Y" UTC)
+list(GET date_words 1 day)
+string(REGEX REPLACE "^0" " " day "${day}")
+list(GET date_words 0 month)
+list(GET date_words 2 year)
+set(QXPORT_BUILD_DATE "${month} ${day} ${year}")
+
+set(QXPORT_GENERATED ${PROJECT_BINARY_DIR}/generated)
+file(GLOB catalogue_files CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/api/*.toml)
+file(GLOB generator_files CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tools/qxapi/*.py)
+set(QXPORT_APIGEN ${Python3_EXECUTABLE} ${PROJECT_SOURCE_DIR}/tools/apigen.py --api ${PROJECT_SOURCE_DIR}/api)
+set(generate_command ${QXPORT_APIGEN} --out ${QXPORT_GENERATED} --target ${QXPORT_TARGET}
+    --version-text ${QXPORT_VERSION_TEXT} --date ${QXPORT_BUILD_DATE})
+
+set(QXPORT_HEADER ${QXPORT_GENERATED}/include/qxport/qxport.h)
+set(QXPORT_MODULE_SOURCE ${QXPORT_GENERATED}/fortran/qxport.f90)
+set(QXPORT_VERSION_SCRIPT ${QXPORT_GENERATED}/symbols/libqxportmt.map)
+set(QXCORE_VERSION_SCRIPT ${QXPORT_GENERATED}/symbols/libqxcoremt.map)
+set(QXPORT_MODULE_DIR ${PROJECT_BINARY_DIR}/modules)
+
+# A stamp, not the files, is the output: unchanged files keep their times, and nothing is rebuilt for a changed text.
+add_custom_command(
+  OUTPUT ${QXPORT_GENERATED}/stamp
+  BYPRODUCTS ${QXPORT_HEADER} ${QXPORT_MODULE_SOURCE} ${QXPORT_VERSION_SCRIPT} ${QXCORE_VERSION_SCRIPT}
+  COMMAND ${generate_command}
+  COMMAND ${CMAKE_COMMAND} -E touch ${QXPORT_GENERATED}/stamp
+  DEPENDS ${catalogue_files} ${generator_files} ${PROJECT_SOURCE_DIR}/tools/apigen.py
+  COMMENT "Generating the header, the modules and the reference from api/"
+  VERBATIM)
+add_custom_target(qxport_catalogue DEPENDS ${QXPORT_GENERATED}/stamp)
+
+# The modules hold interfaces only, so they are checked for syntax and leave .mod files, no object code.
+set(module_flags -std=f2018 -Wall -Werror -fsyntax-only)
+if(QXPORT_M32)
+  list(APPEND module_flags -m32)
+endif()
+add_custom_command(
+  OUTPUT ${QXPORT_MODULE_DIR}/stamp
+  BYPRODUCTS ${QXPORT_MODULE_DIR}/qxport.mod
+  COMMAND ${CMAKE_COMMAND} -E make_directory ${QXPORT_MODULE_DIR}
+  COMMAND ${CMAKE_Fortran_COMPILER} ${module_flags} -J ${QXPORT_MODULE_DIR} ${QXPORT_MODULE_SOURCE}
+  COMMAND ${CMAKE_COMMAND} -E touch ${QXPORT_MODULE_DIR}/stamp
+  DEPENDS ${QXPORT_MODULE_SOURCE} qxport_catalogue
+  COMMENT "Compiling the Fortran modules"
+  VERBATIM)
+add_custom_target(qxport_modules ALL DEPENDS ${QXPORT_MODULE_DIR}/stamp)

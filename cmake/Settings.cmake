@@ -1,0 +1,37 @@
+# What every target of the tree is compiled with.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+if(NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "" FORCE)
+endif()
+
+if(QXPORT_M32)
+  add_compile_options(-m32)
+  add_link_options(-m32)
+  # 64-bit files and times on the 32-bit target; SSE arithmetic, so that both targets give the same results.
+  add_compile_options($<$<COMPILE_LANGUAGE:C,CXX>:-msse2> $<$<COMPILE_LANGUAGE:C,CXX>:-mfpmath=sse>)
+  add_compile_definitions($<$<COMPILE_LANGUAGE:C,CXX>:_FILE_OFFSET_BITS=64>
+                          $<$<COMPILE_LANGUAGE:C,CXX>:_TIME_BITS=64>)
+  set(QXPORT_TARGET 32)
+else()
+  set(QXPORT_TARGET 64)
+endif()
+
+if(QXPORT_SANITIZE)
+  add_compile_options(-fsanitize=${QXPORT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${QXPORT_SANITIZE})
+endif()
+
+add_compile_options($<$<COMPILE_LANGUAGE:C,CXX>:-Wall> $<$<COMPILE_LANGUAGE:C,CXX>:-Wextra>)
+add_compile_options("$<$<COMPILE_LANGUAGE:Fortran>:-Wall;-Wextra;-Wno-intrinsics-std>")
+# gfortran knows no CMAKE_COMPILE_WARNING_AS_ERROR before CMake 3.29.
+if(CMAKE_COMPILE_WARNING_AS_ERROR)
+  add_compile_options($<$<COMPILE_LANGUAGE:Fortran>:-Werror>)
+endif()
+
+# The same tree gives the same bytes wherever it stands.
+add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)

@@ -1,0 +1,60 @@
+! The units of the GNU Fortran run-time as its users reach them: INQUIRE, OPEN and the documented extensions. No private
+! interface of the run-time is relied on, so any release of it serves.
+module qxcore_gnu_units
+  use, intrinsic :: iso_c_binding, only: c_char, c_int32_t, c_int64_t, c_intptr_t
+  implicit none
+  private
+  integer, parameter :: longest_path = 4096
+
+contains
+
+  subroutine end_program(status) bind(C, name='qxcore_gnu_exit')
+    integer(c_int32_t), value :: status
+    call exit(status)
+  end subroutine
+
+  function descriptor(unit) bind(C, name='qxcore_gnu_descriptor') result(answer)
+    integer(c_intptr_t), value :: unit
+    integer(c_int32_t) :: answer
+    answer = -1
+    if (unit > huge(0) .or. unit < -huge(0)) return
+    answer = fnum(int(unit))
+  end function
+
+  function file_name(unit, name, capacity) bind(C, name='qxcore_gnu_file_name') result(answer)
+    integer(c_int32_t), value :: unit, capacity
+    character(kind=c_char), intent(out) :: name(capacity)
+    integer(c_int32_t) :: answer
+    character(longest_path) :: text
+    logical :: named
+    integer :: i
+    answer = 0
+    inquire (unit=unit, named=named, name=text)
+    if (.not. named) return
+    answer = min(len_trim(text), capacity)
+    do i = 1, answer
+      name(i) = text(i:i)
+    end do
+  end function
+
+  function open_unit(unit, path, path_length, action) bind(C, name='qxcore_gnu_open') result(answer)
+    integer(c_int32_t), value :: unit, path_length, action
+    character(kind=c_char), intent(in) :: path(path_length)
+    integer(c_int32_t) :: answer
+    character(9), parameter :: actions(0:2) = [character(9) :: 'read', 'write', 'readwrite']
+    character(path_length) :: text
+    integer :: i
+    do i = 1, path_length
+      text(i:i) = path(i)
+    end do
+    open (unit=unit, file=text, status='old', action=actions(action), iostat=answer)
+  end function
+
+  function seek(unit, offset) bind(C, name='qxcore_gnu_seek') result(answer)
+    integer(c_int32_t), value :: unit
+    integer(c_int64_t), value :: offset
+    integer(c_int32_t) :: answer
+    call fseek(unit, offset, 0, answer)
+  end function
+
+end module

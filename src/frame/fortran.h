@@ -1,0 +1,53 @@
+// The Fortran side of the boundary: hidden lengths and blank-padded text.
+#ifndef QXPORT_FRAME_FORTRAN_H
+#define QXPORT_FRAME_FORTRAN_H
+
+#include <qxport/qxport.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+// The second name of a routine, which the Fortran module binds to: strong, so that a program's own procedure
+// of the traditional name does not take the module's place.
+#define QXPORT_ALIAS(symbol)                                                                                 \
+  extern "C" QXPORT_MODULE_API decltype(symbol) qxport_##symbol __attribute__((alias(#symbol)));
+
+namespace qxport {
+
+// The hidden length of a CHARACTER argument: one machine word, signed.
+using charlen = intptr_t;
+
+// A negative hidden length is a caller's mistake; it counts as no characters.
+inline size_t length_of(charlen length) {
+  return length > 0 ? static_cast<size_t>(length) : 0;
+}
+
+// The length of the text without its trailing blanks. Only the blank counts: a tab or a NUL stays.
+inline size_t trimmed_length(const char *text, charlen length) {
+  size_t count = length_of(length);
+  while (count > 0 && text[count - 1] == ' ')
+    --count;
+  return count;
+}
+
+inline void blank_fill(char *text, charlen length) {
+  if (length > 0)
+    memset(text, ' ', length_of(length));
+}
+
+// Stores count characters into a variable of `length`, cut or blank-padded; the number of characters stored.
+inline size_t store_padded(char *text, charlen length, const char *source, size_t count) {
+  const size_t room = length_of(length);
+  const size_t stored = std::min(count, room);
+  if (stored > 0)
+    memcpy(text, source, stored);
+  if (room > stored)
+    memset(text + stored, ' ', room - stored);
+  return stored;
+}
+
+}  // namespace qxport
+
+#endif

@@ -1,0 +1,65 @@
+// Names and directories: CHDIR, UNLINK, RENAME, GETCWD.
+#include "frame/errors.h"
+#include "frame/strings.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <unistd.h>
+
+using namespace qxport;
+
+namespace {
+
+int32_t answer_of(int result) {
+  return result == 0 ? 0 : record_local(errno);
+}
+
+int32_t call_with_name(int (*operation)(const char *), const char *name, charlen name_len) {
+  const CString path(name, name_len);
+  return path ? answer_of(operation(path.get())) : record_local(ENOMEM);
+}
+
+}  // namespace
+
+// N = CHDIR(DIRNAME)
+int32_t chdir_(const char *dirname, charlen dirname_len) {
+  return call_with_name(chdir, dirname, dirname_len);
+}
+
+// N = UNLINK(NAME)
+int32_t unlink_(const char *name, charlen name_len) {
+  return call_with_name(unlink, name, name_len);
+}
+
+// N = RENAME(FROM, TO)
+int32_t rename_(const char *from, const char *to, charlen from_len, charlen to_len) {
+  const CString source(from, from_len);
+  if (!source)
+    return record_local(errno);
+  const CString target(to, to_len);
+  if (!target)
+    return record_local(errno);
+  return answer_of(rename(source.get(), target.get()));
+}
+
+// N = GETCWD(DIRNAME)
+int32_t getcwd_(char *dirname, charlen dirname_len) {
+  if (dirname_len < 1)
+    return portlib_local_errno = ENOENT;
+  const size_t size = length_of(dirname_len) + 1;
+  char *path = static_cast<char *>(malloc(size));
+  if (path == nullptr)
+    return set_and_record_local(ENOMEM);
+  int32_t answer = 0;
+  const char *found = getcwd(path, size);
+  if (found == nullptr)
+    answer = record_local(errno);
+  CstrToFstr(dirname, found, dirname_len, dirname_len);
+  free(path);
+  return answer;
+}
+
+QXPORT_ALIAS(chdir_)
+QXPORT_ALIAS(unlink_)
+QXPORT_ALIAS(rename_)
+QXPORT_ALIAS(getcwd_)

@@ -1,0 +1,272 @@
+"""A small catalogue of the tests' own, and ways to run the generator on it."""
+
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+APIGEN = Path(__file__).resolve().parents[2] / "tools" / "apigen.py"
+
+SAMPLE = r'''
+[area]
+name = "sample"
+family = "compat"
+title = "Entries of <every> & any shape"
+library = "qxport"
+text = """
+Of a name such as `everything`.
+
+.a leading dot, a \\ backslash, 'quotes', 1 < 2 & 3, and -1.
+"""
+
+[[constant]]
+name = "LEAST"
+type = "integer(4)"
+value = -2147483648
+text = "the least INTEGER(4)"
+
+[[constant]]
+name = "LEAST_LONG"
+type = "integer(8)"
+value = -9223372036854775808
+text = "the least INTEGER(8)"
+
+[[constant]]
+name = "BAD_HANDLE"
+type = "integer(ptr)"
+value = -1
+text = "no handle"
+
+[[constant]]
+name = "HALF"
+type = "real(8)"
+value = 0.5
+text = "one half"
+
+[[constant]]
+name = "YES"
+type = "logical(4)"
+value = true
+text = "a truth"
+
+[[constant]]
+name = "QUOTES"
+type = "character(6)"
+value = "a'b\"\\"
+text = "a word"
+
+[[type]]
+name = "sample_record"
+bytes = 35
+text = "A record of `everything`."
+fields = [
+  { name = "default", type = "integer(4)", unit = "s", text = "a C keyword" },
+  { name = "words", type = "integer(4)", count = 2, text = "two" },
+  { name = "pad", type = "integer(4)", text = "one" },
+  { name = "when", type = "real(8)", text = "an instant" },
+  { name = "name", type = "character(3)", text = "letters" },
+  { name = "names", type = "character(2)", count = 4, text = "letters" },
+]
+
+[[data]]
+name = "ErrCount"
+c = "int32_t ErrCount"
+fortran = "integer(4)"
+text = "how many errors there were"
+
+[[data]]
+name = "HiddenCells"
+c = "int32_t HiddenCells[16]"
+text = "not for Fortran"
+
+[[routine]]
+name = "everything"
+kind = "function"
+result = "character(8)"
+result_text = "eight letters"
+summary = "take all that there is"
+text = """
+See `plain`, \\n and `-1`.
+
+.starts with a dot
+"""
+origin = "everything(2)"
+args = [
+  { name = "answer", type = "integer(4)", intent = "in", text = "named as a result is" },
+  { name = "answer_len", type = "integer(ptr)", intent = "inout", text = "named as a length is" },
+  { name = "sample_record", type = "type(sample_record)", intent = "out", text = "named as its type" },
+  { name = "default", type = "character(*)", intent = "in", text = "a C keyword" },
+  { name = "errno", type = "character(8)", intent = "out", optional = true, text = "a C macro" },
+  { name = "buffer", type = "type(*)", intent = "inout", optional = true, text = "bytes" },
+  { name = "z", type = "complex(8)", intent = "in", shape = "n", text = "an array of `n`" },
+  { name = "n", type = "integer(8)", intent = "in", value = true, text = "a count", unit = "bytes" },
+  { name = "f", type = "procedure", text = "called back" },
+  { name = "g", type = "procedure", optional = true, text = "called back, maybe" },
+  { name = "a", type = "integer(2)", intent = "in", shape = "13", text = "thirteen" },
+  { name = "b", type = "integer(1)", intent = "in", shape = "*", text = "any number" },
+]
+errors = [{ number = "EINVAL", when = "`n` is -1" }]
+example = """
+use qxport, only: plain
+implicit none
+call plain('.', 1)
+end
+"""
+related = ["plain", "sample_record", "$$odd$one"]
+
+[[routine]]
+name = "plain"
+kind = "subroutine"
+summary = "do it"
+text = "Does `it`, or `everything`."
+origin = "plain(3)"
+args = [
+  { name = "name", type = "character(*)", intent = "in", text = "a name" },
+  { name = "count", type = "integer(4)", intent = "in", text = "a count" },
+]
+example = """
+use qxport, only: plain
+implicit none
+call plain('it', 2)
+end
+"""
+
+[[routine]]
+name = "$$odd$one"
+symbol = "$$odd$one_"
+kind = "function"
+result = "real(4)"
+result_text = "a number"
+summary = "draw"
+text = "Draws."
+origin = "this library"
+
+[[routine]]
+name = "_narrow"
+symbol = "_narrow"
+kind = "subroutine"
+summary = "exist on 32-bit targets"
+text = "Exists there."
+origin = "this library"
+targets = ["32-bit"]
+
+[[routine]]
+name = "shiftl"
+kind = "function"
+result = "integer(4)"
+result_text = "the shifted value"
+summary = "shift left"
+text = "Shifts."
+origin = "this library"
+module = false
+module_why = "a standard intrinsic has the name."
+
+[[routine]]
+name = "fortran_other"
+symbol = "fortran_other"
+module_name = "other"
+kind = "subroutine"
+summary = "do something else"
+text = "Does."
+origin = "this library"
+example = """
+use qxport, only: other
+call other()
+end
+"""
+
+[[routine]]
+name = "other8"
+module_name = "other"
+kind = "subroutine"
+summary = "do something else with a number"
+text = "Does."
+origin = "this library"
+args = [{ name = "x", type = "integer(8)", intent = "in", text = "a number" }]
+example = """
+use qxport, only: other
+call other(1_8)
+end
+"""
+'''
+
+CORE = '''
+[area]
+name = "run"
+family = "core"
+title = "Services"
+library = "qxcore"
+text = "What a run-time must offer."
+
+[[routine]]
+name = "flushqq"
+kind = "function"
+result = "logical(4)"
+result_text = "whether it worked"
+summary = "flush a unit"
+text = "Flushes."
+origin = "this library"
+args = [{ name = "unit", type = "integer(4)", intent = "in", text = "a unit" }]
+example = """
+use qxport, only: flushqq
+if (.not. flushqq(6)) stop 1
+end
+"""
+
+[[service]]
+symbol = "for_nargs"
+c = "int32_t for_nargs(void)"
+text = "How many arguments there are."
+'''
+
+# An area that offers Fortran nothing.
+BARE = '''
+[area]
+name = "bare"
+family = "frame"
+title = "Nothing for Fortran"
+library = "qxport"
+text = "Cells only."
+
+[[data]]
+name = "bare_cell"
+c = "const char *const bare_cell[2]"
+text = "two texts"
+'''
+
+FILES = {"compat_sample.toml": SAMPLE, "core_run.toml": CORE, "frame_bare.toml": BARE}
+
+
+class CatalogueCase(unittest.TestCase):
+    """Gives each test a directory of its own with the sample catalogue in it."""
+
+    def setUp(self):
+        temporary = tempfile.TemporaryDirectory()
+        self.addCleanup(temporary.cleanup)
+        self.root = Path(temporary.name)
+        self.api, self.out = self.root / "api", self.root / "out"
+        self.write(FILES)
+
+    def write(self, files):
+        self.api.mkdir(exist_ok=True)
+        for name, text in files.items():
+            (self.api / name).write_text(text, encoding="utf-8")
+
+    def apigen(self, *arguments):
+        command = [sys.executable, str(APIGEN), "--api", str(self.api), *map(str, arguments)]
+        return subprocess.run(command, capture_output=True, text=True, check=False)
+
+    def generate(self, *arguments, target="64", out=None):
+        result = self.apigen("--out", out or self.out, "--target", target, "--version-text", "V9.9-009",
+                             "--date", "Nov 21 2026", *arguments)
+        self.assertEqual((result.returncode, result.stderr, result.stdout), (0, "", ""))
+
+    def read(self, name):
+        return (self.out / name).read_text(encoding="utf-8")
+
+    def run_clean(self, *command, **options):
+        """Runs a command that must succeed and say nothing on standard error."""
+        result = subprocess.run(list(map(str, command)), capture_output=True, text=True, check=False, **options)
+        self.assertEqual((result.returncode, result.stderr), (0, ""), " ".join(map(str, command)))
+        return result.stdout

@@ -1,0 +1,88 @@
+"""The Fortran modules compile without warnings and bind to the aliases."""
+
+import subprocess
+import unittest
+
+from support import CatalogueCase
+
+USER = """
+use qxport
+use qxport_run, only: core_flush => flushqq
+implicit none
+type(sample_record) :: record
+integer(4) :: thirteen(13)
+integer(1) :: few(2)
+real(8) :: buffer(2, 2)
+character(8) :: letters
+external :: called
+letters = everything(1, BAD_HANDLE_copy(), record, 'x', letters, buffer, [(1d0, 1d0)], 3_8, called, called, &
+  int(thirteen, 2), few)
+letters = everything(1, BAD_HANDLE_copy(), sample_record=record, default='x', buffer=record, z=[(1d0, 1d0)], &
+  n=3_8, f=called, a=int(thirteen, 2), b=few)
+call plain(QUOTES, LEAST)
+call other()
+call other(LEAST_LONG)
+if (core_flush(6) .neqv. YES) ErrCount = ErrCount + int(HALF)
+contains
+  function BAD_HANDLE_copy() result(copy)
+    use, intrinsic :: iso_c_binding, only: c_intptr_t
+    integer(c_intptr_t), pointer :: copy
+    allocate (copy)
+    copy = BAD_HANDLE
+  end function
+end
+"""
+
+
+class Module(CatalogueCase):
+    def test_compiles_without_warnings(self):
+        for width in ("64", "32"):
+            with self.subTest(width=width):
+                self.generate("--only", "module", target=width)
+                self.run_clean("gfortran", f"-m{width}", "-std=f2018", "-Wall", "-Werror", "-fsyntax-only",
+                               self.out / "fortran/qxport.f90", cwd=self.root)
+
+    def test_user_calls_the_aliases(self):
+        for width in ("64", "32"):
+            with self.subTest(width=width):
+                self.generate("--only", "module", target=width)
+                (self.root / "user.f90").write_text(USER)
+                self.run_clean("gfortran", f"-m{width}", "-c", self.out / "fortran/qxport.f90", cwd=self.root)
+                self.run_clean("gfortran", f"-m{width}", "-std=f2018", "-c", "user.f90", cwd=self.root)
+                needed = {line.split()[-1] for line in self.run_clean("nm", "-u", "user.o", cwd=self.root).splitlines()}
+                ours = {"qxport_everything_", "qxport_plain_", "qxport_other_", "qxport_other8_", "qxport_flushqq_"}
+                self.assertLessEqual(ours | {"ErrCount"}, needed)
+                self.assertFalse({"everything_", "plain_", "flushqq_"} & needed)
+
+    def test_wrong_call_does_not_compile(self):
+        self.generate("--only", "module")
+        self.run_clean("gfortran", "-fsyntax-only", self.out / "fortran/qxport.f90", cwd=self.root)
+        (self.root / "wrong.f90").write_text("use qxport\ncall plain(1, 'x')\nend\n")
+        result = subprocess.run(["gfortran", "-fsyntax-only", "wrong.f90"], cwd=self.root, capture_output=True,
+                                text=True, check=False)
+        self.assertIn("no specific subroutine for the generic", result.stderr)
+
+    def test_what_stays_out(self):
+        self.generate("--only", "module")
+        text = self.read("fortran/qxport.f90")
+        for absent in ("shiftl", "_narrow", "odd", "HiddenCells", "for_nargs", "qxport_bare"):
+            self.assertNotIn(absent, text)
+        self.assertNotIn("fortran_other", text)
+
+    def test_examples_are_written_and_compile(self):
+        self.generate("--only", "module")
+        result = self.apigen("--examples", self.root / "examples")
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        names = sorted(path.name for path in (self.root / "examples").iterdir())
+        self.assertEqual(names, ["everything.f90", "flushqq.f90", "fortran_other.f90", "other8.f90", "plain.f90"])
+        self.run_clean("gfortran", "-fsyntax-only", self.out / "fortran/qxport.f90", cwd=self.root)
+        for name in names:
+            self.run_clean("gfortran", "-fsyntax-only", self.root / "examples" / name, cwd=self.root)
+
+    def test_lines_are_at_most_132_columns(self):
+        self.generate("--only", "module")
+        self.assertLessEqual(max(map(len, self.read("fortran/qxport.f90").splitlines())), 132)
+
+
+if __name__ == "__main__":
+    unittest.main()

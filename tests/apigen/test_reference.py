@@ -1,0 +1,177 @@
+"""The reference: man pages render without warnings, HTML is well formed and its links lead somewhere."""
+
+import os
+import subprocess
+import unittest
+from html.parser import HTMLParser
+
+from support import CatalogueCase
+
+VOID = {"meta", "link", "input", "br", "hr", "img"}
+
+
+class Page(HTMLParser):
+    """Checks the nesting of a page and gathers what the tests ask about."""
+
+    def __init__(self, text):
+        super().__init__()
+        self.open, self.faults, self.ids, self.links, self.labels, self.headings = [], [], [], [], [], []
+        self.inputs, self.attributes, self.text = [], {}, ""
+        self.feed(text)
+        self.close()
+        self.faults += [f"<{tag}> stays open" for tag in self.open]
+
+    def handle_starttag(self, tag, attrs):
+        attributes = dict(attrs)
+        self.attributes.setdefault(tag, attributes)
+        if tag not in VOID:
+            self.open.append(tag)
+        if "id" in attributes:
+            self.ids.append(attributes["id"])
+        if tag in ("a", "link"):
+            self.links.append(attributes["href"])
+        if tag == "label":
+            self.labels.append(attributes["for"])
+        if tag == "input":
+            self.inputs.append(attributes["id"])
+        if tag[0] == "h" and tag[1:].isdigit():
+            self.headings.append(int(tag[1:]))
+
+    def handle_endtag(self, tag):
+        if not self.open or self.open.pop() != tag:
+            self.faults.append(f"</{tag}> at {self.getpos()}")
+
+    def handle_data(self, data):
+        self.text += data
+
+
+class Html(CatalogueCase):
+    def setUp(self):
+        super().setUp()
+        self.generate("--only", "html")
+        self.pages = {path.name: Page(path.read_text(encoding="utf-8")) for path in (self.out / "html").glob("*.html")}
+
+    def test_pages(self):
+        self.assertEqual(sorted(self.pages), ["bare.html", "index.html", "run.html", "sample.html"])
+        self.assertTrue((self.out / "html/style.css").is_file())
+
+    def test_well_formed_and_accessible(self):
+        for name, page in self.pages.items():
+            with self.subTest(name):
+                self.assertEqual(page.faults, [])
+                self.assertEqual(len(page.ids), len(set(page.ids)))
+                self.assertEqual(page.attributes["html"], {"lang": "en"})
+                self.assertIn("title", page.attributes)
+                self.assertEqual(page.labels, page.inputs)
+                self.assertEqual(page.headings[0], 1)
+                self.assertEqual(page.headings.count(1), 1)
+                steps = [b - a for a, b in zip(page.headings, page.headings[1:])]
+                self.assertLessEqual(max(steps, default=0), 1)
+
+    def test_links_resolve(self):
+        for name, page in self.pages.items():
+            for link in page.links:
+                with self.subTest(page=name, link=link):
+                    file, _, anchor = link.partition("#")
+                    self.assertTrue((self.out / "html" / (file or name)).is_file())
+                    if anchor:
+                        self.assertIn(anchor, self.pages[file or name].ids)
+
+    def test_every_name_is_in_the_index(self):
+        for place in ("sample.html#everything", "sample.html#odd_one", "sample.html#sample_record",
+                      "sample.html#LEAST", "sample.html#ErrCount", "run.html#flushqq", "run.html#service-for_nargs"):
+            self.assertIn(place, self.pages["index.html"].links)
+
+    def test_names_in_text_and_related_names_are_links(self):
+        links = self.pages["sample.html"].links
+        # In the area's text, in the record's text and in the text of `plain`; the record and `$$odd$one` as related.
+        self.assertEqual(links.count("sample.html#everything"), 3)
+        self.assertEqual(links.count("sample.html#sample_record"), 1)
+        self.assertEqual(links.count("sample.html#odd_one"), 1)
+
+    def test_text_is_escaped(self):
+        self.assertIn("Entries of <every> & any shape", self.pages["sample.html"].text)
+        source = self.read("html/sample.html")
+        self.assertIn("'quotes', 1 &lt; 2 &amp; 3, and -1.", source)
+        self.assertNotIn("every", self.pages["sample.html"].attributes)
+
+    def test_nothing_comes_from_elsewhere(self):
+        for path in (self.out / "html").iterdir():
+            self.assertNotRegex(path.read_text(encoding="utf-8"), r"//|src=|@import|url\(", path.name)
+
+    def test_who_it_is_for_and_what_it_is(self):
+        text = self.pages["sample.html"].text
+        self.assertIn("This routine exists on 32-bit targets only.", text)
+        self.assertRegex(text, r"It is not in the Fortran module: a standard intrinsic has the name\.\n")
+        self.assertIn("Version V9.9-009, Nov 21 2026", text)
+        self.assertIn("Unit: bytes.", text)
+
+
+class ManPages(CatalogueCase):
+    def setUp(self):
+        super().setUp()
+        self.generate("--only", "man")
+
+    def render(self, page):
+        environment = os.environ | {"LC_ALL": "C.UTF-8", "MANWIDTH": "80", "MANPAGER": "cat"}
+        command = ["man", "-l", "--warnings=w", "-E", "UTF-8", str(self.out / "man" / page)]
+        result = subprocess.run(command, capture_output=True, text=True, check=False, env=environment)
+        self.assertEqual((result.returncode, result.stderr), (0, ""), page)
+        return "\n".join(line.rstrip() for line in result.stdout.splitlines())
+
+    def test_all_render_without_warnings(self):
+        pages = sorted(path.relative_to(self.out / "man") for path in (self.out / "man").rglob("*.*"))
+        self.assertEqual(len(pages), 10)
+        for page in pages:
+            with self.subTest(str(page)):
+                self.assertIn("V9.9-009", self.render(page))
+
+    def test_routine(self):
+        text = self.render("man3/everything.3f")
+        for expected in (
+            "EVERYTHING(3f)",
+            "NAME\n       everything - take all that there is\n",
+            "SYNOPSIS\n       use qxport, only: everything\n\n       character(8) function everything(",
+            "         character(8), intent(out), optional :: errno\n",
+            "         complex(8), intent(in) :: z(n)\n",
+            "       n – integer(8), input, by value, in bytes\n              a count\n",
+            "DESCRIPTION\n       See plain, \\n and -1.\n\n       .starts with a dot\n",
+            "RETURN VALUE\n       character(8)\n              eight letters\n",
+            "ERRORS\n       EINVAL n is -1\n",
+            "EXAMPLE\n       use qxport, only: plain\n       implicit none\n       call plain('.', 1)\n       end\n",
+            "ORIGIN\n       everything(2)\n",
+            "SEE ALSO\n       plain(3f), sample_record(3f), odd_one(3f), qxport(7)\n",
+            "Nov 21 2026",
+        ):
+            self.assertIn(expected, text)
+
+    def test_hyphens_of_code_are_minus_signs(self):
+        self.assertIn("\\fB\\-1\\fP", self.read("man/man3/everything.3f"))
+
+    def test_record(self):
+        text = self.render("man3/sample_record.3f")
+        self.assertIn("The record takes 35 bytes.", text)
+        self.assertRegex(text, r"\n +0 +integer\(4\) +default +a C keyword, in s\n")
+        self.assertRegex(text, r"\n +4 +integer\(4\), dimension\(2\) +words +two\n")
+        self.assertRegex(text, r"\n +27 +character\(2\), dimension\(4\) +names +letters\n")
+
+    def test_routine_that_fortran_cannot_name(self):
+        text = self.render("man3/odd_one.3f")
+        self.assertIn("#include <qxport/qxport.h>\n\n       float $$odd$one_(void);", text)
+
+    def test_routine_outside_of_the_module(self):
+        text = self.render("man3/shiftl.3f")
+        self.assertIn("integer(4), external :: shiftl\n", text)
+        self.assertNotIn("use qxport", text)
+
+    def test_overview(self):
+        text = self.render("man7/qxport.7")
+        self.assertIn("gfortran prog.f90 $(pkg-config --cflags --libs qxport)", text)
+        self.assertIn("ENTRIES OF <EVERY> & ANY SHAPE\n", text)
+        self.assertIn(".a leading dot, a \\ backslash, 'quotes', 1 < 2 & 3, and -1.", text)
+        for name in ("everything(3f)", "odd_one(3f)", "sample_record(3f)", "LEAST", "ErrCount", "for_nargs"):
+            self.assertIn(f"       {name}", text)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,166 @@
+"""A bad catalogue is refused, with the reason for each fault."""
+
+import unittest
+
+from support import CORE, FILES, SAMPLE, CatalogueCase
+
+# what is wrong: (old text, new text, the entry named, the reason or a part of it)
+FAULTS = {
+    "unknown key": ('origin = "plain(3)"', 'origin = "plain(3)"\ncolour = 1', "plain", "unknown key `colour`"),
+    "unknown argument key": ('text = "a count" },\n]', 'text = "a count", x = 1 },\n]', "plain",
+                             "argument count: unknown key `x`"),
+    "unknown table": ("[[constant]]\nname = \"LEAST\"", "[[surprise]]\nname = \"LEAST\"", "area",
+                      "unknown table `surprise`"),
+    "no summary": ('summary = "do it"\n', "", "plain", "missing key `summary`"),
+    "no text": ('text = "Does `it`, or `everything`."\n', "", "plain", "missing key `text`"),
+    "empty text": ('text = "Does `it`, or `everything`."\n', 'text = " "\n', "plain", "`text` is empty"),
+    "no origin": ('origin = "plain(3)"\n', "", "plain", "missing key `origin`"),
+    "no argument text": (', text = "a count" },\n]', " },\n]", "plain", "argument count: missing key `text`"),
+    "no intent": ('intent = "in", text = "a count" },\n]', 'text = "a count" },\n]', "plain",
+                  "argument count: missing key `intent`"),
+    "no example": ('example = """\nuse qxport, only: other\ncall other()\nend\n"""\n', "", "fortran_other",
+                   "missing key `example` of a routine in a module"),
+    "no module_why": ('module_why = "a standard intrinsic has the name."\n', "", "shiftl",
+                      "missing key `module_why` with `module = false`"),
+    "mistyped key": ('summary = "do it"', "summary = 3", "plain", "`summary` must be str"),
+    "bad type": ('name = "count", type = "integer(4)"', 'name = "count", type = "integer(3)"', "plain",
+                 "argument count: bad type `integer(3)`"),
+    "bad result": ('result = "real(4)"', 'result = "complex(8)"', "$$odd$one", "bad result type `complex(8)`"),
+    "unknown record": ("type(sample_record)", "type(absent)", "everything",
+                       "argument sample_record: type `absent` does not exist"),
+    "bad intent": ('type = "integer(4)", intent = "in", text = "a count"',
+                   'type = "integer(4)", intent = "both", text = "a count"', "plain",
+                   "argument count: bad intent `both`"),
+    "bad shape": ('shape = "13"', 'shape = "1:3"', "everything", "argument a: bad shape `1:3`"),
+    "bad kind": ('kind = "subroutine"\nsummary = "do it"', 'kind = "macro"\nsummary = "do it"', "plain",
+                 "kind `macro` is neither function nor subroutine"),
+    "function without result": ('result = "real(4)"\n', "", "$$odd$one", "a function without `result`"),
+    "subroutine with result": ('kind = "subroutine"\nsummary = "do it"',
+                               'kind = "subroutine"\nresult = "integer(4)"\nsummary = "do it"', "plain",
+                               "`result` of a subroutine"),
+    "unsized character function": ('result = "character(8)"', 'result = "character(*)"', "everything",
+                                   "a function of type character(*) cannot be in a module"),
+    "full stop": ('summary = "do it"', 'summary = "do it."', "plain", "the summary ends with a full stop"),
+    "two lines": ('summary = "do it"', 'summary = "do\\nit"', "plain", "the summary has more than one line"),
+    "capital": ('summary = "do it"', 'summary = "Do it"', "plain", "the summary starts with a capital"),
+    "lone backtick": ("Does `it`, or", "Does it`, or", "plain", "`text` has an unpaired backtick"),
+    "duplicate argument": ('name = "count", type', 'name = "name", type', "plain",
+                           "argument name: duplicate argument name"),
+    "optional value": ('intent = "in", value = true', 'intent = "in", optional = true, value = true', "everything",
+                       "argument n: `optional` and `value` exclude one another"),
+    "value of an array": ('intent = "in", value = true', 'intent = "in", shape = "2", value = true', "everything",
+                          "argument n: an array is not passed by value"),
+    "value written to": ('intent = "in", value = true', 'intent = "out", value = true', "everything",
+                         "argument n: an argument passed by value has intent in"),
+    "value of characters": ('type = "character(*)", intent = "in", text = "a name"',
+                            'type = "character(*)", intent = "in", value = true, text = "a name"', "plain",
+                            "argument name: character(*) is not passed by value"),
+    "error without when": ('number = "EINVAL", when = "`n` is -1"', 'number = "EINVAL"', "everything",
+                           "error 1: missing key `when`"),
+    "bad target": ('["32-bit"]', '["16-bit"]', "_narrow", "`targets` must be a list of 32-bit and 64-bit"),
+    "related to nothing": ('related = ["plain"', 'related = ["absent"', "everything",
+                           "related name `absent` does not exist"),
+    "related to itself": ('related = ["plain"', 'related = ["everything"', "everything", "related to itself"),
+    "record size": ("bytes = 35", "bytes = 36", "sample_record", "the fields take 35 bytes, not 36"),
+    "unaligned field": ('{ name = "pad", type = "integer(4)", text = "one" },\n', "", "sample_record",
+                        "field `when` at offset 12 is not aligned"),
+    "field type": ('name = "when", type = "real(8)"', 'name = "when", type = "integer(ptr)"', "sample_record",
+                   "field `when`: bad type `integer(ptr)`"),
+    "constant out of range": ("-2147483648", "-2147483649", "LEAST", "value -2147483649 is out of the range"),
+    "constant of other type": ("value = true", "value = 1", "YES", "value 1 is not of type logical(4)"),
+    "constant type": ('type = "real(8)"\nvalue', 'type = "real"\nvalue', "HALF", "bad type `real` of a constant"),
+    "cell not declared": ('c = "int32_t ErrCount"', 'c = "int32_t ErrorCount"', "ErrCount",
+                          "does not declare `ErrCount`"),
+    "cell with extern": ('c = "int32_t ErrCount"', 'c = "extern int32_t ErrCount"', "ErrCount",
+                         "`c` is written without `extern` and semicolon"),
+    "cell type": ('fortran = "integer(4)"', 'fortran = "integer(3)"', "ErrCount", "bad type `integer(3)`"),
+    "invalid name": ('name = "plain"', 'name = "pl ain"', "pl ain", "`pl ain` is not a valid routine name"),
+    "invalid argument name": ('name = "count", type', 'name = "_count", type', "plain",
+                              "argument _count: `_count` is not a valid argument name"),
+    "invalid symbol": ('symbol = "_narrow"', 'symbol = "-narrow"', "_narrow", "`-narrow` is not a valid symbol"),
+    "keyword as symbol": ('symbol = "_narrow"', 'symbol = "int"', "_narrow", "`int` is not a valid symbol"),
+    "reserved name": ('name = "plain"', 'name = "qxport_plain"', "qxport_plain", "are reserved"),
+    "long name": ('name = "plain"', f'name = "{"p" * 64}"', "p" * 64, "has more than 63 characters"),
+    "long alias": ('name = "plain"', f'name = "{"p" * 57}"', "p" * 57, "the alias name `qxport_ppp"),
+    "module name of nothing": ("module = false\n", 'module = false\nmodule_name = "x"\n', "shiftl",
+                               "`module_name` contradicts `module = false`"),
+    "family and file": ('family = "compat"', 'family = "posix"', "area", "must be named posix_sample.toml"),
+    "unknown family": ('family = "compat"', 'family = "other"', "area", "family `other` is none of"),
+    "unknown library": ('library = "qxport"', 'library = "m"', "area", "library `m` is neither of"),
+    "module of the same name": ('name = "plain"', 'name = "sample"', "sample",
+                                "its procedure `qxport_sample` clashes with the module of that name"),
+    "module name of a constant": ('module_name = "other"\nkind = "subroutine"\nsummary = "do something else"\n',
+                                  'module_name = "half"\nkind = "subroutine"\nsummary = "do something else"\n',
+                                  "fortran_other", "module name `half` is also the name of HALF"),
+    "syntax": ("[area]", "[area", "catalogue", "Expected ']' at the end of a table declaration (at line 2"),
+}
+
+
+class Rejection(CatalogueCase):
+    def rejected(self, *arguments):
+        result = self.apigen(*(arguments or ("--check",)))
+        self.assertEqual((result.returncode, result.stdout), (1, ""))
+        return result.stderr.splitlines()
+
+    def test_sample_is_valid(self):
+        result = self.apigen("--check")
+        self.assertEqual((result.returncode, result.stdout, result.stderr), (0, "", ""))
+
+    def test_each_fault(self):
+        for title, (old, new, name, reason) in FAULTS.items():
+            with self.subTest(title):
+                self.assertIn(old, SAMPLE)
+                self.write(FILES | {"compat_sample.toml": SAMPLE.replace(old, new, 1)})
+                start = f"{self.api / 'compat_sample.toml'}: {name}: "
+                lines = [line for line in self.rejected() if line.startswith(start) and reason in line]
+                self.assertEqual(len(lines), 1, self.apigen("--check").stderr)
+
+    def test_duplicates_across_files(self):
+        faults = {
+            "area": ('name = "run"', 'name = "sample"', "area: duplicate area `sample`"),
+            "name": ('name = "flushqq"', 'name = "plain"', "plain: duplicate name `plain`"),
+            "case": ('name = "flushqq"', 'name = "half"', "half: duplicate name `half`"),
+            "symbol": ("for_nargs", "plain_", "plain_: duplicate symbol `plain_`"),
+            "alias": ("for_nargs", "qxport_other_", "qxport_other_: duplicate symbol `qxport_other_`"),
+            "cell": ("for_nargs", "ErrCount", "ErrCount: duplicate symbol `ErrCount`"),
+            "page": ('name = "flushqq"', 'name = "narrow"', "narrow: duplicate page `narrow`"),
+        }
+        for title, (old, new, expected) in faults.items():
+            with self.subTest(title):
+                self.write({"core_run.toml": CORE.replace(old, new)})
+                text = "\n".join(self.rejected())
+                # Files are read in the order of their names, so the second one is at fault.
+                self.assertIn(f"core_run.toml: {expected}", text)
+                self.assertIn("compat_sample.toml", text)
+
+    def test_service_of_the_wrong_library(self):
+        self.write({"core_run.toml": CORE.replace('"qxcore"', '"qxport"')})
+        self.assertEqual(self.rejected(), [f"{self.api / 'core_run.toml'}: area: only an area of the library qxcore "
+                                           "has services"])
+
+    def test_service_without_its_prototype(self):
+        self.write({"core_run.toml": CORE.replace("int32_t for_nargs(void)", "int32_t nargs(void)")})
+        self.assertEqual(self.rejected(), [f"{self.api / 'core_run.toml'}: for_nargs: the prototype "
+                                           "`int32_t nargs(void)` does not declare `for_nargs`"])
+
+    def test_all_problems_are_listed_once(self):
+        bad = SAMPLE.replace('summary = "do it"', 'summary = "do it."').replace('summary = "draw"', "")
+        self.write({"compat_sample.toml": bad, "core_run.toml": CORE.replace('name = "unit"', 'name = "8"'),
+                    "frame_bare.toml": "x = ="})
+        lines = self.rejected()
+        self.assertEqual(len(lines), 4, lines)
+        self.assertEqual(len(set(lines)), 4)
+
+    def test_nothing_is_written(self):
+        self.write({"compat_sample.toml": SAMPLE.replace("bytes = 35", "bytes = 1")})
+        self.rejected("--out", self.out)
+        self.assertFalse(self.out.exists())
+
+    def test_empty_directory(self):
+        for path in self.api.iterdir():
+            path.unlink()
+        self.assertEqual(self.rejected(), [f"{self.api}: catalogue: there is no *.toml file"])
+
+
+if __name__ == "__main__":
+    unittest.main()

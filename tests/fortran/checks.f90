@@ -1,0 +1,58 @@
+! What the Fortran test programs share: a check prints what failed, and the end of the program tells how many did.
+module checks
+  implicit none
+  private
+  public :: check, finish
+  integer :: failures = 0
+  integer :: checked = 0
+
+  interface check
+    module procedure check_logical, check_integer, check_long, check_text
+  end interface
+
+contains
+
+  subroutine count_check(passed, what)
+    logical, intent(in) :: passed
+    character(*), intent(in) :: what
+    checked = checked + 1
+    if (passed) return
+    failures = failures + 1
+    print '(2a)', 'FAILED: ', what
+  end subroutine
+
+  subroutine check_logical(passed, what)
+    logical, intent(in) :: passed
+    character(*), intent(in) :: what
+    call count_check(passed, what)
+  end subroutine
+
+  subroutine check_integer(got, expected, what)
+    integer(4), intent(in) :: got, expected
+    character(*), intent(in) :: what
+    call count_check(got == expected, what)
+    if (got /= expected) print '(2(a, i0))', '  got ', got, ', expected ', expected
+  end subroutine
+
+  subroutine check_long(got, expected, what)
+    integer(8), intent(in) :: got, expected
+    character(*), intent(in) :: what
+    call count_check(got == expected, what)
+    if (got /= expected) print '(2(a, i0))', '  got ', got, ', expected ', expected
+  end subroutine
+
+  subroutine check_text(got, expected, what)
+    character(*), intent(in) :: got, expected
+    character(*), intent(in) :: what
+    logical :: same
+    same = got == expected .and. len(got) == len(expected)
+    call count_check(same, what)
+    if (.not. same) print '(5a)', '  got "', got, '", expected "', expected, '"'
+  end subroutine
+
+  subroutine finish()
+    print '(i0, a, i0, a)', checked - failures, ' checks passed, ', failures, ' failed'
+    if (failures > 0 .or. checked == 0) error stop 1
+  end subroutine
+
+end module

@@ -1,0 +1,1 @@
+"""Makes what is derived from the catalogue: header, modules, version scripts and reference."""

@@ -1,0 +1,114 @@
+"""Checks across the files of the catalogue: names and symbols are unique, references lead somewhere."""
+
+from .entries import ENTRIES, PREFIX, entry_name, keys, module_names, page_name
+from .kinds import parse_kind
+
+
+def problems(tables):
+    """Every conflict between entries of `tables`, a list of (path, parsed file)."""
+    entries = list(_entries(tables))
+    areas = [(path, t["area"]) for path, t in tables if isinstance(t.get("area"), dict) and not keys(t["area"], "area")]
+    return (
+        _area_names(areas)
+        + _unique(entries, _fortran_names, "name")
+        + _unique(entries, _page_names, "page")
+        + _unique(entries, _symbols, "symbol")
+        + _module_clashes(entries, areas)
+        + _generic_clashes(entries)
+        + _references(entries, tables)
+    )
+
+
+def _entries(tables):
+    """(path, table, name, entry) of each entry whose keys are sound."""
+    for path, table in tables:
+        for what in ENTRIES:
+            listed = table.get(what, [])
+            for number, entry in enumerate(listed if isinstance(listed, list) else [], 1):
+                if isinstance(entry, dict) and not keys(entry, what):
+                    yield path, what, entry_name(entry, what, number), entry
+
+
+def _area_names(areas):
+    found, seen = [], {}
+    for path, area in areas:
+        if area["name"] in seen:
+            found.append(f"{path}: area: duplicate area `{area['name']}`, also in {seen[area['name']].name}")
+        seen.setdefault(area["name"], path)
+    return found
+
+
+def _fortran_names(what, entry):
+    """Names that share one scope; Fortran does not tell cases apart."""
+    return [] if what == "service" else [entry["name"].lower()]
+
+
+def _page_names(what, entry):
+    """File and anchor names, where they differ from the name itself."""
+    return [] if what == "service" else [page_name(entry["name"]).lower()]
+
+
+def _symbols(what, entry):
+    """The linker's names of an entry, the alias included."""
+    if what == "service":
+        return [entry["symbol"]]
+    if what == "data":
+        return [entry["name"]]
+    if what != "routine":
+        return []
+    specific = module_names(entry)[1]
+    return [entry.get("symbol", f"{entry['name']}_")] + ([f"{specific}_"] if specific else [])
+
+
+def _unique(entries, names_of, noun):
+    found, seen = [], {}
+    for path, what, name, entry in entries:
+        for key in names_of(what, entry):
+            if key in seen:
+                other_path, other = seen[key]
+                found.append(f"{path}: {name}: duplicate {noun} `{key}`, also of {other} in {other_path.name}")
+            seen.setdefault(key, (path, name))
+    return found
+
+
+def _module_clashes(entries, areas):
+    """A module and an external procedure are both global names of a Fortran program."""
+    modules = {f"{PREFIX}{area['name']}" for _, area in areas} | {"qxport", "qxport_record_types"}
+    return [
+        f"{path}: {name}: its procedure `{specific}` clashes with the module of that name"
+        for path, what, name, entry in entries
+        if what == "routine" and (specific := module_names(entry)[1]) in modules
+    ]
+
+
+def _generic_clashes(entries):
+    """Routines may share a generic name; nothing else may bear it."""
+    others = {entry["name"].lower(): name for _, what, name, entry in entries if what in ("constant", "type", "data")}
+    return [
+        f"{path}: {name}: module name `{generic}` is also the name of {others[generic]}"
+        for path, what, name, entry in entries
+        if what == "routine" and (generic := module_names(entry)[0]) in others and generic != entry["name"]
+    ]
+
+
+def _references(entries, tables):
+    records, routines = _all_names(tables, "type"), _all_names(tables, "routine")
+    found = []
+    for path, what, name, entry in (e for e in entries if e[1] == "routine"):
+        for related in map(str, entry.get("related", [])):
+            if related not in records | routines:
+                found.append(f"{path}: {name}: related name `{related}` does not exist")
+            elif related == name:
+                found.append(f"{path}: {name}: related to itself")
+        for argument in (a for a in entry.get("args", []) if isinstance(a, dict)):
+            kind = parse_kind(str(argument.get("type")))
+            if kind and kind.record and kind.record not in records:
+                found.append(f"{path}: {name}: argument {argument.get('name')}: type `{kind.record}` does not exist")
+    return found
+
+
+def _all_names(tables, what):
+    """Names of broken entries too: those are reported once, not again by each entry that refers to them."""
+    listed = [table.get(what) for _, table in tables]
+    entries = [entry for entries in listed if isinstance(entries, list) for entry in entries]
+    return {str(entry.get("name")) for entry in entries if isinstance(entry, dict)}

@@ -1,0 +1,51 @@
+"""How Fortran source declares an argument."""
+
+import re
+
+WIDTH = 132  # of a source line
+
+
+def declaration(argument, record=None, documented=False):
+    """The declaration of a dummy argument; for the reader the shape is kept as the catalogue has it."""
+    optional = ["optional"] if argument.optional else []
+    if argument.kind.base == "procedure":
+        return ", ".join(["procedure()"] + optional) + f" :: {argument.name}"
+    kind = f"type({record})" if record else argument.kind.fortran
+    words = [kind]
+    if argument.kind.base == "any":
+        words.append("dimension(*)")
+    words += ["value"] if argument.value else []
+    words += [f"intent({argument.intent})"] + optional
+    return f"{', '.join(words)} :: {argument.name}{_shape(argument, documented)}"
+
+
+def _shape(argument, documented):
+    """A shape that names another argument is assumed here: the caller's array has the size it has."""
+    if not argument.shape or argument.kind.base == "any":
+        return ""
+    if documented or re.fullmatch(r"[\d,\s]+(\*)?|\*", argument.shape):
+        return f"({argument.shape})"
+    return "(*)"
+
+
+def wrapped(line, width=WIDTH):
+    """A source line as lines of at most `width` columns, broken after commas and blanks outside of literals."""
+    indent = " " * (len(line) - len(line.lstrip()) + 4)
+    lines = []
+    while len(line) > width:
+        at = _break_before(line, width - 2, len(indent))
+        lines.append(line[:at].rstrip() + " &")
+        line = indent + line[at:].lstrip()
+    return lines + [line]
+
+
+def _break_before(line, limit, least):
+    quoted, best = False, None
+    for at, character in enumerate(line[: limit + 1]):
+        if character == "'":
+            quoted = not quoted
+        if not quoted and at > least and line[at - 1] in ", (" and at <= limit:
+            best = at
+    if best is None:
+        raise ValueError(f"no place to break the line: {line}")
+    return best

@@ -1,0 +1,228 @@
+"""The HTML reference: one page an area, and an index of all names. It works from a file, without any server."""
+
+from html import escape
+
+from .entries import page_name
+from .html_assets import SEARCH, STYLE
+from .prose import COMPILE, INTENTS, c_synopsis, constant_value, field_type, notes, paragraphs, spans, synopsis
+
+
+def outputs(catalogue, options):
+    writer = _Writer(catalogue, options)
+    pages = {"html/index.html": writer.index(), "html/style.css": STYLE}
+    pages |= {f"html/{area.name}.html": writer.area(area) for area in catalogue.areas}
+    return pages
+
+
+def _names(area):
+    """(name, anchor, what it is, a few words) of every entry of an area."""
+    for routine in area.routines:
+        yield routine.name, page_name(routine.name), "routine", routine.summary
+    for record in area.records:
+        yield record.name, page_name(record.name), "type", f"record of {record.bytes} bytes"
+    for constant in area.constants:
+        yield constant.name, page_name(constant.name), "constant", constant.text
+    for cell in area.data:
+        yield cell.name, page_name(cell.name), "data cell", cell.text
+    for service in area.services:  # a routine may have the same name
+        yield service.symbol, f"service-{service.symbol}", "service", service.text
+
+
+class _Writer:
+    """Writes the pages; knows where each name of the catalogue is described."""
+
+    def __init__(self, catalogue, options):
+        self.catalogue = catalogue
+        self.options = options
+        self.places = {}
+        for area in catalogue.areas:
+            for name, anchor, _, _ in _names(area):
+                self.places.setdefault(name, f"{area.name}.html#{anchor}")
+
+    def index(self):
+        areas = "".join(
+            f'<li><a href="{area.name}.html">{escape(area.title)}</a></li>\n' for area in self.catalogue.areas
+        )
+        names = sorted(
+            ((name, f"{area.name}.html#{anchor}", what, text)
+             for area in self.catalogue.areas for name, anchor, what, text in _names(area)),
+            key=lambda entry: (entry[0].lower(), entry[1]),
+        )
+        items = "".join(self._index_item(*entry) for entry in names)
+        body = f"""<h1>Fortran run-time support: reference</h1>
+<p>A program that uses the module <code>qxport</code> is built with</p>
+<pre><code>{escape(COMPILE)}</code></pre>
+<h2>Areas</h2>
+<ul>
+{areas}</ul>
+<h2>All names</h2>
+<form id="search-form" role="search">
+<label for="name-search">Search by name</label>
+<input type="search" id="name-search" autocomplete="off" spellcheck="false">
+</form>
+<p id="name-count" class="muted" role="status"></p>
+<ul id="name-index" class="names">
+{items}</ul>
+<script>
+{SEARCH}</script>
+"""
+        return self._page("Reference", body, nav="")
+
+    def _index_item(self, name, place, what, text):
+        first = self._inline(paragraphs(text)[0], links=False)
+        return (
+            f'<li data-name="{escape(name.lower())}"><a href="{escape(place)}"><code>{escape(name)}</code></a> '
+            f'<span class="muted">{what}</span> {first}</li>\n'
+        )
+
+    def area(self, area):
+        body = f"<h1>{escape(area.title)}</h1>\n" + self._prose(area.text)
+        if area.has_module("64") or area.has_module("32"):
+            body += f"<p>Module <code>{area.module}</code>, also part of <code>qxport</code>.</p>\n"
+        if area.routines:
+            listed = "".join(
+                f'<li><a href="#{page_name(r.name)}"><code>{escape(r.name)}</code></a> {self._text(r.summary)}</li>\n'
+                for r in area.routines
+            )
+            body += f'<h2>Routines</h2>\n<ul class="names">\n{listed}</ul>\n'
+            body += "".join(self._routine(routine) for routine in area.routines)
+        if area.records:
+            body += "<h2>Types</h2>\n" + "".join(self._record(record) for record in area.records)
+        if area.constants:
+            body += "<h2>Constants</h2>\n" + self._constants(area.constants)
+        if area.data:
+            body += "<h2>Data cells</h2>\n<dl>\n" + "".join(
+                self._declared(cell.name, page_name(cell.name), f"extern {cell.c};", cell.text) for cell in area.data
+            ) + "</dl>\n"
+        if area.services:
+            body += "<h2>Services of the Fortran run-time</h2>\n<dl>\n" + "".join(
+                self._declared(s.symbol, f"service-{s.symbol}", f"{' '.join(s.c.split())};", s.text)
+                for s in area.services
+            ) + "</dl>\n"
+        return self._page(area.title, body, nav='<nav aria-label="Site"><a href="index.html">All areas</a></nav>\n')
+
+    def _routine(self, routine):
+        parts = [f"<h3><code>{escape(routine.name)}</code></h3>\n<p>{self._text(routine.summary)}</p>\n"]
+        lines = synopsis(routine)
+        parts.append(self._code(lines, f"Synopsis of {routine.name}"))
+        parts += [f"<p>{self._text(note)}</p>\n" for note in notes(routine)]
+        if routine.args:
+            parts.append(self._arguments(routine))
+        parts.append("<h4>Description</h4>\n" + self._prose(routine.text, routine.name))
+        if routine.result:
+            kind = f"<p><code>{escape(routine.result.fortran)}</code></p>\n"
+            parts.append("<h4>Return value</h4>\n" + kind + self._prose(routine.result_text))
+        if routine.errors:
+            errors = "".join(
+                f"<dt><code>{escape(e.number)}</code></dt><dd>{self._text(e.when)}</dd>\n" for e in routine.errors
+            )
+            parts.append(f"<h4>Errors</h4>\n<dl>\n{errors}</dl>\n")
+        if routine.example:
+            parts.append("<h4>Example</h4>\n" + self._code(routine.example.strip("\n").split("\n"), "Example"))
+        if lines[0].startswith("use ") or "external" in lines[0]:
+            parts.append("<h4>C interface</h4>\n" + self._code(c_synopsis(routine), "Prototype"))
+        parts.append("<h4>Origin</h4>\n" + self._prose(routine.origin))
+        if routine.related:
+            links = ", ".join(self._link(name) for name in routine.related)
+            parts.append(f"<h4>See also</h4>\n<p>{links}</p>\n")
+        return f'<section class="entry" id="{page_name(routine.name)}">\n{"".join(parts)}</section>\n'
+
+    def _arguments(self, routine):
+        rows = [
+            (
+                f"<code>{escape(a.name)}</code>",
+                f"<code>{escape(a.kind.fortran)}</code>" + (f" array ({escape(a.shape)})" if a.shape else ""),
+                ", ".join(
+                    ([INTENTS[a.intent]] if a.intent else [])
+                    + (["optional"] if a.optional else [])
+                    + (["by value"] if a.value else [])
+                ),
+                self._text(a.text) + (f" Unit: {escape(a.unit)}." if a.unit else ""),
+            )
+            for a in routine.args
+        ]
+        return "<h4>Arguments</h4>\n" + _table(f"Arguments of {routine.name}", ("Name", "Type", "Use", "Meaning"), rows)
+
+    def _record(self, record):
+        rows = [
+            (
+                str(field.offset),
+                f"<code>{escape(field_type(field))}</code>",
+                f"<code>{escape(field.name)}</code>",
+                self._text(field.text) + (f" Unit: {escape(field.unit)}." if field.unit else ""),
+            )
+            for field in record.fields
+        ]
+        table = _table(f"Layout of {record.name}, {record.bytes} bytes", ("Offset", "Type", "Field", "Meaning"), rows)
+        title = f"<h3><code>{escape(record.name)}</code></h3>\n"
+        body = title + self._prose(record.text) + table
+        return f'<section class="entry" id="{page_name(record.name)}">\n{body}</section>\n'
+
+    def _constants(self, constants):
+        rows = [
+            (
+                f'<code id="{page_name(c.name)}">{escape(c.name)}</code>',
+                f"<code>{escape(c.kind.fortran)}</code>",
+                f"<code>{escape(constant_value(c))}</code>",
+                self._text(c.text),
+            )
+            for c in constants
+        ]
+        return _table("Named constants", ("Name", "Type", "Value", "Meaning"), rows)
+
+    def _declared(self, name, anchor, declaration, text):
+        title = f'<dt id="{escape(anchor)}"><code>{escape(name)}</code></dt>\n'
+        return title + f"<dd>{self._code([declaration], f'Declaration of {name}')}{self._prose(text)}</dd>\n"
+
+    def _code(self, lines, label):
+        """Scrolls where it is too wide, so a keyboard must be able to reach it."""
+        source = escape("\n".join(lines))
+        return f'<pre tabindex="0" role="region" aria-label="{escape(label)}"><code>{source}</code></pre>\n'
+
+    def _prose(self, text, own_name=None):
+        return "".join(f"<p>{self._inline(paragraph, own_name)}</p>\n" for paragraph in paragraphs(text))
+
+    def _text(self, text):
+        return self._inline(spans(text))
+
+    def _inline(self, pieces, own_name=None, links=True):
+        return "".join(
+            (self._link(text) if links and text != own_name else f"<code>{escape(text)}</code>") if code
+            else escape(text, quote=False)
+            for code, text in pieces
+        )
+
+    def _link(self, name):
+        """A name of the catalogue leads to its description."""
+        code = f"<code>{escape(name)}</code>"
+        place = self.places.get(name)
+        return f'<a href="{escape(place)}">{code}</a>' if place else code
+
+    def _page(self, title, body, nav):
+        return f"""<!DOCTYPE html>
+<html lang="en">
+<head>
+<meta charset="utf-8">
+<meta name="viewport" content="width=device-width, initial-scale=1">
+<title>{escape(title)} - qxport</title>
+<link rel="stylesheet" href="style.css">
+</head>
+<body>
+<a class="skip" href="#main-content">Skip to content</a>
+<header>
+{nav}</header>
+<main id="main-content">
+{body}</main>
+<footer>Version {escape(self.options.version_text)}, {escape(self.options.date)}</footer>
+</body>
+</html>
+"""
+
+
+def _table(caption, headings, rows):
+    head = "".join(f'<th scope="col">{heading}</th>' for heading in headings)
+    lines = [f"<table>\n<caption>{escape(caption)}</caption>\n<thead><tr>{head}</tr></thead>\n<tbody>\n"]
+    for first, *rest in rows:
+        cells = f'<th scope="row">{first}</th>' + "".join(f"<td>{cell}</td>" for cell in rest)
+        lines.append(f"<tr>{cells}</tr>\n")
+    return f'<div class="scroll">{"".join(lines)}</tbody>\n</table></div>\n'

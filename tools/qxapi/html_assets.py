@@ -1,0 +1,72 @@
+"""The fixed parts of the HTML reference."""
+
+STYLE = """\
+:root {
+  color-scheme: light dark;
+  --text: #1c1e21; --muted: #55595f; --back: #ffffff; --panel: #f4f5f7; --line: #d5d8dc; --link: #0a58b8;
+}
+@media (prefers-color-scheme: dark) {
+  :root {
+    --text: #e4e6e9; --muted: #a5abb3; --back: #17191c; --panel: #22262b; --line: #3a4047; --link: #82b5f5;
+  }
+}
+* { box-sizing: border-box; }
+html { scroll-padding-top: 1rem; }
+body {
+  margin: 0 auto; padding: 1rem 1.25rem 3rem; max-width: 60rem;
+  font: 1rem/1.55 system-ui, sans-serif; color: var(--text); background: var(--back);
+}
+a { color: var(--link); }
+a:focus-visible, input:focus-visible { outline: 3px solid var(--link); outline-offset: 2px; }
+.skip { position: absolute; left: -100rem; }
+.skip:focus { left: 1rem; }
+h1, h2, h3, h4 { line-height: 1.25; margin: 1.8em 0 .5em; }
+h1 { margin-top: .6em; font-size: 1.8rem; }
+h2 { font-size: 1.4rem; border-bottom: 1px solid var(--line); padding-bottom: .2em; }
+h3 { font-size: 1.15rem; }
+h4 { font-size: 1rem; margin-top: 1.2em; }
+.entry { border-top: 1px solid var(--line); }
+.entry:first-of-type { border-top: 0; }
+code, pre { font-family: ui-monospace, "DejaVu Sans Mono", monospace; font-size: .92em; }
+pre { background: var(--panel); padding: .75rem 1rem; border-radius: .4rem; overflow-x: auto; line-height: 1.4; }
+.scroll { overflow-x: auto; }
+table { border-collapse: collapse; width: 100%; margin: .5rem 0 1rem; }
+caption { text-align: left; color: var(--muted); padding-bottom: .25rem; }
+th, td { text-align: left; vertical-align: top; padding: .3rem .8rem .3rem 0; border-bottom: 1px solid var(--line); }
+.number { text-align: right; }
+dt { font-weight: 600; margin-top: .5rem; }
+dd { margin-left: 1.5rem; }
+label { display: block; font-weight: 600; }
+input[type=search] {
+  width: 100%; max-width: 30rem; padding: .5rem .7rem; font: inherit; color: inherit;
+  background: var(--panel); border: 1px solid var(--muted); border-radius: .4rem;
+}
+.names { list-style: none; padding: 0; }
+.names li { padding: .15rem 0; }
+.names li[hidden] { display: none; }
+.muted, footer { color: var(--muted); }
+footer { margin-top: 3rem; border-top: 1px solid var(--line); padding-top: .5rem; font-size: .9rem; }
+"""
+
+SEARCH = """\
+(function () {
+  var input = document.getElementById('name-search');
+  var count = document.getElementById('name-count');
+  var items = Array.prototype.slice.call(document.querySelectorAll('#name-index li'));
+  function show() {
+    var wanted = input.value.trim().toLowerCase(), shown = 0;
+    items.forEach(function (item) {
+      item.hidden = item.dataset.name.indexOf(wanted) < 0;
+      if (!item.hidden) shown += 1;
+    });
+    count.textContent = shown + (shown === 1 ? ' name' : ' names');
+  }
+  input.addEventListener('input', show);
+  document.getElementById('search-form').addEventListener('submit', function (event) {
+    event.preventDefault();
+    var first = items.filter(function (item) { return !item.hidden; })[0];
+    if (first && input.value.trim()) window.location.href = first.querySelector('a').getAttribute('href');
+  });
+  show();
+})();
+"""

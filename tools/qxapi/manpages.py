@@ -1,0 +1,153 @@
+"""The man pages: one a routine, one a record type, and an overview."""
+
+import re
+
+from .entries import page_name
+from .prose import COMPILE, argument_facts, constant_value, field_type, notes, paragraphs, spans, synopsis
+
+_ESCAPES = {"\\": "\\e", "'": "\\(aq", "`": "\\(ga", "^": "\\(ha", "~": "\\(ti", '"': "\\(dq"}
+
+
+def outputs(catalogue, options):
+    pages = {"man/man7/qxport.7": overview(catalogue, options)}
+    for area in catalogue.areas:
+        for routine in area.routines:
+            pages[f"man/man3/{page_name(routine.name)}.3f"] = routine_page(routine, options)
+        for record in area.records:
+            pages[f"man/man3/{page_name(record.name)}.3f"] = record_page(record, catalogue, options)
+    return pages
+
+
+def escape(text, code=False):
+    """Text that groff prints as it stands. In code every hyphen is a minus, as a reader may copy it."""
+    text = "".join(_ESCAPES.get(c, c) for c in text)
+    text = re.sub(r"[^\x00-\x7f]", lambda c: f"\\[u{ord(c[0]):04X}]", text)
+    return text.replace("-", "\\-") if code else re.sub(r"(?<!\w)-(?=\d)", r"\\-", text)
+
+
+def _line(text):
+    """A leading dot would be read as a request."""
+    return f"\\&{text}" if text.startswith((".", "'")) else text
+
+
+def inline(pieces):
+    """Spans as one line of input."""
+    return _line("".join(f"\\fB{escape(t, True)}\\fP" if code else escape(t) for code, t in pieces))
+
+
+def _paragraphs(text):
+    lines = []
+    for number, paragraph in enumerate(paragraphs(text)):
+        lines += [".PP"] if number else []
+        lines.append(inline(paragraph))
+    return lines
+
+
+def _verbatim(source):
+    return [".EX"] + [_line(escape(line, True)) for line in source] + [".EE"]
+
+
+def _title(name, section, options):
+    date, version = escape(options.date), escape(options.version_text)
+    return f'.TH "{escape(name.upper(), True)}" "{section}" "{date}" "{version}" "Fortran run\\-time support"'
+
+
+def _heading(name, summary):
+    # Left-adjusted: names and code in narrow columns would be torn apart.
+    return [".ad l", ".SH NAME", f"{_line(escape(name, True))} \\- {inline(spans(summary))}"]
+
+
+def _item(tag, text):
+    """A tagged paragraph; further paragraphs of the text keep the indent."""
+    lines = [".TP", tag]
+    for number, paragraph in enumerate(paragraphs(text)):
+        lines += [".IP"] if number else []
+        lines.append(inline(paragraph))
+    return lines
+
+
+def _page(lines):
+    return "\n".join(lines) + "\n"
+
+
+def routine_page(routine, options):
+    lines = [_title(routine.name, "3f", options)] + _heading(routine.name, routine.summary)
+    lines += [".SH SYNOPSIS", ".nf"] + [_line(f"\\fB{escape(s, True)}\\fP" if s else "") for s in synopsis(routine)]
+    lines += [".fi"]
+    if routine.args:
+        lines += [".SH ARGUMENTS"]
+        for argument in routine.args:
+            facts = escape(", ".join(argument_facts(argument)))
+            lines += _item(f"\\fI{escape(argument.name, True)}\\fP \\(en {facts}", argument.text)
+    lines += [".SH DESCRIPTION"] + _paragraphs(routine.text)
+    for note in notes(routine):
+        lines += [".PP", inline(spans(note))]
+    if routine.result:
+        lines += [".SH RETURN VALUE"] + _item(escape(routine.result.fortran), routine.result_text)
+    if routine.errors:
+        lines += [".SH ERRORS"]
+        for error in routine.errors:
+            lines += _item(f"\\fB{escape(error.number, True)}\\fP", error.when)
+    if routine.example:
+        lines += [".SH EXAMPLE"] + _verbatim(routine.example.strip("\n").split("\n"))
+    lines += [".SH ORIGIN"] + _paragraphs(routine.origin)
+    return _page(lines + _see_also(routine.related))
+
+
+def _see_also(related):
+    pages = [f".BR {escape(page_name(name), True)} (3f)," for name in related]
+    return [".SH SEE ALSO"] + pages + [".BR qxport (7)"]
+
+
+def record_page(record, catalogue, options):
+    users = [r.name for r in catalogue.routines if any(a.kind.record == record.name for a in r.args)]
+    lines = ["'\\\" t", _title(record.name, "3f", options)] + _heading(record.name, "record type")
+    lines += [".SH SYNOPSIS", ".nf", f"\\fBuse qxport, only: {record.name}\\fP", ""]
+    lines += [f"\\fBtype({record.name}) :: record\\fP", ".fi"]
+    lines += [".SH DESCRIPTION"] + _paragraphs(record.text)
+    lines += [".PP", f"The record takes {record.bytes} bytes. Offsets count bytes from its beginning."]
+    lines += [".PP", ".TS", "tab(\t);", "lb lb lb lb", "r l l lx.", "Offset\tType\tField\tMeaning"]
+    for field in record.fields:
+        meaning = inline(spans(field.text)) + (f", in {escape(field.unit)}" if field.unit else "")
+        cells = [str(field.offset), escape(field_type(field)), escape(field.name, True), f"T{{\n{meaning}\nT}}"]
+        lines.append("\t".join(cells))
+    return _page(lines + [".TE"] + _see_also(users))
+
+
+def overview(catalogue, options):
+    lines = [_title("qxport", "7", options)] + _heading("qxport", "run-time support routines for Fortran programs")
+    lines += [
+        ".SH SYNOPSIS",
+        ".nf",
+        "\\fBuse qxport, only:\\fP \\fIname\\fP, ...",
+        "",
+        f"\\fB{escape(COMPILE, True)}\\fP",
+        ".fi",
+        ".SH DESCRIPTION",
+        "The module \\fBqxport\\fP has an interface of every routine that is listed below; each area has a module",
+        "of its own besides. Since they bring many names, a program lists those that it uses with \\fBonly:\\fP.",
+        "A routine can also be called without the module, as an external procedure of the same name.",
+        ".PP",
+        "From C and C++ the routines are declared in \\fB<qxport/qxport.h>\\fP.",
+    ]
+    for area in catalogue.areas:
+        lines += _area(area)
+    return _page(lines)
+
+
+def _area(area):
+    lines = [f'.SH "{escape(area.title.upper())}"'] + _paragraphs(area.text)
+    if area.has_module("64") or area.has_module("32"):
+        lines += [".PP", f"Module \\fB{area.module}\\fP."]
+    for routine in area.routines:
+        lines += _item(f".BR {escape(page_name(routine.name), True)} (3f)", routine.summary)
+    for record in area.records:
+        lines += _item(f".BR {escape(record.name, True)} (3f)", "record type")
+    for constant in area.constants:
+        value = escape(f"{constant.kind.fortran}, {constant_value(constant)}")
+        lines += _item(f"\\fB{escape(constant.name, True)}\\fP \\(en constant, {value}", constant.text)
+    for cell in area.data:
+        lines += _item(f"\\fB{escape(cell.name, True)}\\fP \\(en data cell, {escape(cell.c, True)}", cell.text)
+    for service in area.services:
+        lines += _item(f"\\fB{escape(service.symbol, True)}\\fP \\(en service, {escape(service.c, True)}", service.text)
+    return lines

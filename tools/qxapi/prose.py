@@ -1,0 +1,78 @@
+"""What the reference says of an entry, before any markup: spans of text, synopses, descriptions."""
+
+import re
+
+from .declarations import declaration, wrapped
+from .header import broken, prototype
+
+COMPILE = "gfortran prog.f90 $(pkg-config --cflags --libs qxport)"
+SYNOPSIS_WIDTH = 76
+INTENTS = {"in": "input", "out": "output", "inout": "input and output"}
+
+
+def paragraphs(text):
+    """The paragraphs of a text, each a list of (is_code, words)."""
+    return [spans(part) for part in re.split(r"\n\s*\n", text.strip())]
+
+
+def spans(text):
+    """`text` split at its backticks: (True, ...) is a name or code, (False, ...) is prose."""
+    pieces = " ".join(text.split()).split("`")
+    return [(bool(number % 2), piece) for number, piece in enumerate(pieces) if piece]
+
+
+def synopsis(routine):
+    """The routine as Fortran source declares it; as C does where Fortran cannot name it."""
+    if routine.generic:
+        return [f"use qxport, only: {routine.generic}", ""] + _fortran(routine, routine.generic)
+    if routine.symbol == f"{routine.name}_" and "$" not in routine.name:
+        external = "external" if not routine.result else f"{routine.result.fortran}, external"
+        return [f"{external} :: {routine.name}", ""] + _fortran(routine, routine.name)
+    return ["#include <qxport/qxport.h>", ""] + c_synopsis(routine)
+
+
+def c_synopsis(routine):
+    return broken(prototype(routine), SYNOPSIS_WIDTH)
+
+
+def _fortran(routine, name):
+    listed = ", ".join(argument.name for argument in routine.args)
+    heading = f"{routine.result.fortran} function {name}" if routine.result else f"subroutine {name}"
+    lines = wrapped(f"{heading}({listed})", SYNOPSIS_WIDTH)
+    for argument in routine.args:
+        lines.append(f"  {declaration(argument, argument.kind.record, documented=True)}")
+    return lines
+
+
+def argument_facts(argument):
+    """What an argument is, in a few words: type, shape, intent, and the like."""
+    facts = [f"{argument.kind.fortran} array ({argument.shape})" if argument.shape else argument.kind.fortran]
+    facts += [INTENTS[argument.intent]] if argument.intent else []
+    facts += ["optional"] if argument.optional else []
+    facts += ["by value"] if argument.value else []
+    return facts + ([f"in {argument.unit}"] if argument.unit else [])
+
+
+def field_type(field):
+    return f"{field.kind}, dimension({field.count})" if field.count else str(field.kind)
+
+
+def notes(routine):
+    """Where the routine does not exist, or is not offered."""
+    found = []
+    if len(set(routine.targets)) == 1:
+        found.append(f"This routine exists on {routine.targets[0]} targets only.")
+    if routine.module_why:
+        found.append(f"It is not in the Fortran module: {_sentence(routine.module_why)}")
+    return found
+
+
+def _sentence(text):
+    text = text.strip()
+    return text if text.endswith(".") else f"{text}."
+
+
+def constant_value(constant):
+    if isinstance(constant.value, bool):
+        return f".{str(constant.value).lower()}."
+    return f"'{constant.value}'" if isinstance(constant.value, str) else str(constant.value)
