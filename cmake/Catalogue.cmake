@@ -26,6 +26,8 @@ set(QXPORT_MODULE_DIR ${PROJECT_BINARY_DIR}/modules)
 add_custom_command(
   OUTPUT ${QXPORT_GENERATED}/stamp
   BYPRODUCTS ${QXPORT_HEADER} ${QXPORT_MODULE_SOURCE} ${QXPORT_VERSION_SCRIPT} ${QXCORE_VERSION_SCRIPT}
+  # The reference of a routine that is no more must not be installed.
+  COMMAND ${CMAKE_COMMAND} -E rm -rf ${QXPORT_GENERATED}/man ${QXPORT_GENERATED}/html
   COMMAND ${generate_command}
   COMMAND ${CMAKE_COMMAND} -E touch ${QXPORT_GENERATED}/stamp
   DEPENDS ${catalogue_files} ${generator_files} ${PROJECT_SOURCE_DIR}/tools/apigen.py

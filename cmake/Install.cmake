@@ -1,0 +1,32 @@
+# What `cmake --install` lays down, and the two ways to find it again: pkg-config and a CMake package.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS qxport_shared qxport_static
+                qxcore_gnu_shared qxcore_gnu_static qxcore_posix_shared qxcore_posix_static
+        EXPORT qxportTargets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(FILES ${QXPORT_HEADER} ${QXPORT_MODULE_SOURCE} DESTINATION include/qxport)
+# Modules are the compiler's own format: those of another one come from the source installed beside them.
+install(DIRECTORY ${QXPORT_MODULE_DIR}/ DESTINATION include/qxport FILES_MATCHING PATTERN "*.mod")
+install(DIRECTORY ${QXPORT_GENERATED}/man/ DESTINATION share/man)
+install(DIRECTORY ${QXPORT_GENERATED}/html/ DESTINATION share/doc/qxport/html)
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/README.md DESTINATION share/doc/qxport)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/ DESTINATION share/doc/qxport/examples FILES_MATCHING PATTERN "*.f90")
+
+# One file a provider: qxport.pc names the run-time of the compiler that the library was built with.
+foreach(package_and_provider qxport:gnu qxport-posix:posix)
+  string(REPLACE ":" ";" names ${package_and_provider})
+  list(GET names 0 PC_NAME)
+  list(GET names 1 PC_PROVIDER)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/qxport.pc.in ${PROJECT_BINARY_DIR}/${PC_NAME}.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${PC_NAME}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/qxport)
+install(EXPORT qxportTargets NAMESPACE qxport:: DESTINATION ${package_dir})
+configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/qxportConfig.cmake.in
+  ${PROJECT_BINARY_DIR}/qxportConfig.cmake INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/qxportConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/qxportConfig.cmake ${PROJECT_BINARY_DIR}/qxportConfigVersion.cmake
+        DESTINATION ${package_dir})

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Makes the header, the Fortran modules, the version scripts and the reference from the catalogue.
+"""Makes the headers, the Fortran modules, the version scripts and the reference from the catalogue.
 
-    apigen.py --api DIR --out DIR --target 64 [--only header,module,symbols,man,html] --version-text V --date D
+    apigen.py --api DIR --out DIR --target 64 [--only header,module,...] --version-text V --date D
     apigen.py --api DIR --check
     apigen.py --api DIR --list-outputs [--out DIR] [--only ...]
     apigen.py --api DIR --list-symbols qxport|qxcore --target 64
@@ -14,11 +14,18 @@ from pathlib import Path
 
 sys.dont_write_bytecode = True  # the source tree stays as it is
 
-from qxapi import fortran_module, header, html, manpages, symbols  # noqa: E402
+from qxapi import fortran_module, header, html, manpages, private, symbols  # noqa: E402
 from qxapi.catalogue import CatalogueError, load  # noqa: E402
 from qxapi.entries import page_name  # noqa: E402
 
-WRITERS = {"header": header, "module": fortran_module, "symbols": symbols, "man": manpages, "html": html}
+WRITERS = {
+    "header": header,
+    "private": private,
+    "module": fortran_module,
+    "symbols": symbols,
+    "man": manpages,
+    "html": html,
+}
 
 
 def main(arguments=None):
@@ -49,7 +56,8 @@ def parse(arguments):
     parser.add_argument("--api", type=Path, required=True, help="the catalogue's directory")
     parser.add_argument("--out", type=Path, help="where the outputs go")
     parser.add_argument("--target", choices=("64", "32"), default="64", help="width of an address")
-    parser.add_argument("--only", type=kinds_of_output, default=list(WRITERS), help="a list of the outputs to make")
+    parser.add_argument("--only", type=kinds_of_output, default=list(WRITERS), 
+                        help=f"a list of the outputs to make, of {', '.join(WRITERS)}")
     parser.add_argument("--version-text", default="unversioned")
     parser.add_argument("--date", default="", help="of the reference pages")
     task = parser.add_mutually_exclusive_group()

@@ -10,6 +10,12 @@
 #ifndef QXPORT_SERVICE_API
 #define QXPORT_SERVICE_API
 #endif
+#ifndef QXPORT_CORE_API
+#define QXPORT_CORE_API
+#endif
+
+// What the read of a character answers at the end of a file.
+constexpr int32_t READ_END = -2;
 
 extern "C" {
 
@@ -32,6 +38,36 @@ QXPORT_SERVICE_API int32_t __msportlib_d_gethandle(intptr_t unit, char *name, in
 
 // Connects a descriptor to a unit, sharing its file offset; 0, or an error number.
 QXPORT_SERVICE_API int32_t for_fdopen(int32_t fd, int32_t unit, const char *access, intptr_t access_length);
+
+// The next character of a unit, 0 to 255; READ_END at the end of the file, another negative number for a
+// failure.
+QXPORT_SERVICE_API int32_t __msportlib_d_readchar(intptr_t unit);
+
+// Writes a character to a unit; negative for a failure.
+QXPORT_SERVICE_API int32_t __msportlib_d_writechar(intptr_t unit, int32_t character);
+
+// Moves a unit by SEEK_SET, SEEK_CUR or SEEK_END; 0, or minus an error number.
+QXPORT_SERVICE_API int32_t __msportlib_d_fseek(intptr_t unit, int64_t offset, int32_t origin);
+QXPORT_SERVICE_API int32_t __msportlib_d_fseek_i8(intptr_t unit, int64_t offset, int32_t origin);
+
+// The position of a unit in bytes, or minus an error number.
+QXPORT_SERVICE_API int64_t __msportlib_d_curpos(intptr_t unit);
+QXPORT_SERVICE_API int64_t __msportlib_d_curpos_i8(intptr_t unit);
+
+// Stores the POSIX input/output flag and answers the former one; at first 0.
+QXPORT_SERVICE_API int32_t __msportlib_set_posix_io_flag(const int32_t *new_flag);
+
+// Argument *m of the command line (0 is the program's name), blank-padded, and its full length; -1 for none.
+QXPORT_SERVICE_API void for_getarg(const int32_t *m, char *value, int32_t *length, intptr_t value_length);
+
+// The number of arguments, the program's name included.
+QXPORT_SERVICE_API int32_t for_nargs(void);
+
+// Writes a unit's buffers out and commits the file to its device: 1, or 0 for a unit that cannot be.
+QXPORT_CORE_API int32_t commitqq_(const int32_t *unit);
+
+// Writes a unit's buffers out: 1, or 0 for a unit that cannot be.
+QXPORT_CORE_API int32_t flushqq_(const int32_t *unit);
 
 }  // extern "C"
 

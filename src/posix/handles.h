@@ -44,4 +44,14 @@ int32_t free_alloc_handle(int32_t handle);
 
 }  // extern "C"
 
+namespace qxport {
+
+// The procedure of a handle, or null. The reserved slots hold none.
+inline void *find_procedure(int32_t handle) {
+  void *address = get_address_from_handle(handle, StaticHandles);
+  return reinterpret_cast<uintptr_t>(address) == UINTPTR_MAX ? nullptr : address;
+}
+
+}  // namespace qxport
+
 #endif

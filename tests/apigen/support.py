@@ -235,7 +235,88 @@ c = "const char *const bare_cell[2]"
 text = "two texts"
 '''
 
-FILES = {"compat_sample.toml": SAMPLE, "core_run.toml": CORE, "frame_bare.toml": BARE}
+# Records and constants of the binding, the kinds not in the order of their codes.
+BINDING = '''
+[area]
+name = "binding"
+family = "posix"
+title = "Records and constants"
+library = "qxport"
+text = "Of `everything`, a `pair_record` and the `constants`."
+
+[[record]]
+name = "pair"
+kind = 2
+summary = "two & more things"
+text = "What `everything` is not."
+components = [
+  { name = "st_mtime", type = "integer(8)", access = "get set", unchecked = true, unit = "s", text = "a macro in C" },
+  { name = "label", type = "character(8)", access = "get set", capacity = 7, text = "letters" },
+  { name = "codes", type = "integer(4)", access = "get set", count = 3, text = "numbers" },
+  { name = "owner", type = "string", access = "get set", text = "a name" },
+  { name = "total", type = "integer(4)", access = "get", text = "how many" },
+  { name = "members", type = "strings", count_of = "total", access = "get", text = "names" },
+  { name = "second", type = "string", access = "get set", text = "another name" },
+]
+
+[[record]]
+name = "opaque"
+kind = 1
+summary = "nothing to see"
+text = "Nobody looks into it."
+components = [
+  { name = "mask", type = "integer(4)", unsigned = true, access = "", text = "bits" },
+]
+
+[[constant_group]]
+title = "Some of the host's"
+text = "As `SIGINT` is."
+names = [
+  { name = "SIGINT", text = "the interrupt key" },
+  { name = "SIGTERM", text = "here and maybe not elsewhere", may_lack = true },
+  { name = "SIGNOTHING", text = "on no host", may_lack = true },
+]
+
+[[constant_group]]
+title = "Own"
+text = "The same everywhere."
+names = [
+  { name = "_LEAST", text = "the least", value = -2147483648 },
+  { name = "NSIG", text = "a macro with another value", value = 7 },
+]
+
+[[routine]]
+name = "pair"
+kind = "subroutine"
+summary = "make a pair"
+text = "Makes a `pair_record`."
+errors = [{ number = "ENOMEM", when = "there is none" }]
+origin = "this library"
+args = [{ name = "x", type = "integer(4)", intent = "in", text = "a number" }]
+example = """
+use qxport_posix, only: pair
+call pair(1)
+end
+"""
+related = ["pair8", "opaque_record", "constants"]
+
+[[routine]]
+name = "pair8"
+like = "pair"
+kind = "subroutine"
+summary = "make a wide pair"
+origin = "another one"
+args = [{ name = "x", type = "integer(8)", intent = "in", text = "a number" }]
+example = """
+use qxport, only: pair8
+call pair8(1_8)
+end
+"""
+'''
+
+FILES = {
+    "compat_sample.toml": SAMPLE, "core_run.toml": CORE, "frame_bare.toml": BARE, "posix_binding.toml": BINDING,
+}
 
 
 class CatalogueCase(unittest.TestCase):

@@ -5,8 +5,9 @@ import unittest
 
 from support import CatalogueCase
 
-QXPORT = ["$$odd$one_", "ErrCount", "HiddenCells", "bare_cell", "everything_", "fortran_other", "other8_", "plain_",
-          "qxport_everything_", "qxport_other8_", "qxport_other_", "qxport_plain_", "shiftl_"]
+QXPORT = ["$$odd$one_", "ErrCount", "HiddenCells", "bare_cell", "everything_", "fortran_other", "other8_", "pair8_",
+          "pair_", "plain_", "qxport_everything_", "qxport_other8_", "qxport_other_", "qxport_pair8_", "qxport_pair_",
+          "qxport_plain_", "shiftl_"]
 QXCORE = ["flushqq_", "for_nargs", "qxport_flushqq_"]
 
 
@@ -41,8 +42,12 @@ class Command(CatalogueCase):
         self.assertEqual(sorted(listed), sorted(self.made()))
         self.assertIn("man/man3/odd_one.3f", listed)
         self.assertIn("man/man3/sample_record.3f", listed)
+        self.assertIn("man/man3/pair_record.3f", listed)
+        self.assertIn("man/man3/constants.3f", listed)
         self.assertEqual(self.lines("--list-outputs", "--only", "header", "--out", "/x"),
                          ["/x/include/qxport/qxport.h"])
+        self.assertEqual(self.lines("--list-outputs", "--only", "private"),
+                         ["private/qxport_records.h", "private/qxport_constants.inc"])
 
     def test_only_the_kinds_asked_for(self):
         self.generate("--only", "header,symbols")

@@ -34,6 +34,23 @@ end
 """
 
 
+# A second area of the family.
+MORE = """
+[area]
+name = "more"
+family = "posix"
+title = "More"
+library = "qxport"
+text = "A number."
+
+[[constant]]
+name = "MORE"
+type = "integer(4)"
+value = 1
+text = "one"
+"""
+
+
 class Module(CatalogueCase):
     def test_compiles_without_warnings(self):
         for width in ("64", "32"):
@@ -62,6 +79,19 @@ class Module(CatalogueCase):
                                 text=True, check=False)
         self.assertIn("no specific subroutine for the generic", result.stderr)
 
+    def test_each_family_has_a_module_of_its_areas(self):
+        self.write({"posix_more.toml": MORE})
+        self.generate("--only", "module")
+        self.run_clean("gfortran", "-fsyntax-only", self.out / "fortran/qxport.f90", cwd=self.root)
+        (self.root / "user.f90").write_text("use qxport_posix, only: pair, pair8, MORE\n"
+                                            "use qxport_core, only: flushqq\nuse qxport_compat, only: plain\nend\n")
+        self.run_clean("gfortran", "-fsyntax-only", "user.f90", cwd=self.root)
+        (self.root / "wrong.f90").write_text("use qxport_posix, only: plain\nend\n")
+        result = subprocess.run(["gfortran", "-fsyntax-only", "wrong.f90"], cwd=self.root, capture_output=True,
+                                text=True, check=False)
+        self.assertIn("not found in module", result.stderr)
+        self.assertNotIn("qxport_frame", self.read("fortran/qxport.f90"))
+
     def test_what_stays_out(self):
         self.generate("--only", "module")
         text = self.read("fortran/qxport.f90")
@@ -74,7 +104,8 @@ class Module(CatalogueCase):
         result = self.apigen("--examples", self.root / "examples")
         self.assertEqual((result.returncode, result.stderr), (0, ""))
         names = sorted(path.name for path in (self.root / "examples").iterdir())
-        self.assertEqual(names, ["everything.f90", "flushqq.f90", "fortran_other.f90", "other8.f90", "plain.f90"])
+        self.assertEqual(names, ["everything.f90", "flushqq.f90", "fortran_other.f90", "other8.f90", "pair.f90",
+                                 "pair8.f90", "plain.f90"])
         self.run_clean("gfortran", "-fsyntax-only", self.out / "fortran/qxport.f90", cwd=self.root)
         for name in names:
             self.run_clean("gfortran", "-fsyntax-only", self.root / "examples" / name, cwd=self.root)

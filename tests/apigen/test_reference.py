@@ -52,7 +52,7 @@ class Html(CatalogueCase):
         self.pages = {path.name: Page(path.read_text(encoding="utf-8")) for path in (self.out / "html").glob("*.html")}
 
     def test_pages(self):
-        self.assertEqual(sorted(self.pages), ["bare.html", "index.html", "run.html", "sample.html"])
+        self.assertEqual(sorted(self.pages), ["bare.html", "binding.html", "index.html", "run.html", "sample.html"])
         self.assertTrue((self.out / "html/style.css").is_file())
 
     def test_well_formed_and_accessible(self):
@@ -79,7 +79,9 @@ class Html(CatalogueCase):
 
     def test_every_name_is_in_the_index(self):
         for place in ("sample.html#everything", "sample.html#odd_one", "sample.html#sample_record",
-                      "sample.html#LEAST", "sample.html#ErrCount", "run.html#flushqq", "run.html#service-for_nargs"):
+                      "sample.html#LEAST", "sample.html#ErrCount", "run.html#flushqq", "run.html#service-for_nargs",
+                      "binding.html#pair", "binding.html#pair_record", "binding.html#opaque_record",
+                      "binding.html#constants", "binding.html#SIGINT", "binding.html#_LEAST"):
             self.assertIn(place, self.pages["index.html"].links)
 
     def test_names_in_text_and_related_names_are_links(self):
@@ -88,6 +90,36 @@ class Html(CatalogueCase):
         self.assertEqual(links.count("sample.html#everything"), 3)
         self.assertEqual(links.count("sample.html#sample_record"), 1)
         self.assertEqual(links.count("sample.html#odd_one"), 1)
+
+    def test_record_kind(self):
+        text = self.pages["binding.html"].text
+        self.assertIn("call pxfstructcreate('pair', jhandle, ierror)", text)
+        table = text[text.index("Components of pair"):text.index("Constants by name")]
+        for cells in (("st_mtime", "integer(8)", "get, set", "", "a macro in C, in s"),
+                      ("label", "character(8)", "get, set", "7 characters", "letters"),
+                      ("codes", "integer(4) array", "get, set", "3 elements", "numbers"),
+                      ("owner", "character", "get, set", "any length", "a name"),
+                      ("total", "integer(4)", "get", "", "how many"),
+                      ("members", "character array", "get", "total elements", "names")):
+            self.assertIn("".join(cells), table)
+        self.assertIn("Nobody looks into it.", text)
+        self.assertNotIn("Components of opaque", text)
+        self.assertNotIn("bits", text)
+
+    def test_constants_show_no_value_of_the_host(self):
+        text = self.pages["binding.html"].text
+        for row in ("SIGINTthe host'sthe interrupt key", "SIGNOTHINGthe host's, or -1 where it has noneon no host",
+                    "_LEASTalways -2147483648the least"):
+            self.assertIn(row, text)
+
+    def test_names_of_records_and_constants_are_links(self):
+        links = self.pages["binding.html"].links
+        # In the area's text and in the text of `pair`, whose text `pair8` has too; the other one as related.
+        self.assertEqual(links.count("binding.html#pair_record"), 3)
+        self.assertEqual(links.count("binding.html#opaque_record"), 2)
+        # In the area's text; as related.
+        self.assertEqual(links.count("binding.html#constants"), 3)
+        self.assertIn("binding.html#SIGINT", links)
 
     def test_text_is_escaped(self):
         self.assertIn("Entries of <every> & any shape", self.pages["sample.html"].text)
@@ -104,7 +136,7 @@ class Html(CatalogueCase):
         self.assertIn("This routine exists on 32-bit targets only.", text)
         self.assertRegex(text, r"It is not in the Fortran module: a standard intrinsic has the name\.\n")
         self.assertIn("Version V9.9-009, Nov 21 2026", text)
-        self.assertIn("Unit: bytes.", text)
+        self.assertIn("a count, in bytes", text)
 
 
 class ManPages(CatalogueCase):
@@ -121,7 +153,7 @@ class ManPages(CatalogueCase):
 
     def test_all_render_without_warnings(self):
         pages = sorted(path.relative_to(self.out / "man") for path in (self.out / "man").rglob("*.*"))
-        self.assertEqual(len(pages), 10)
+        self.assertEqual(len(pages), 15)
         for page in pages:
             with self.subTest(str(page)):
                 self.assertIn("V9.9-009", self.render(page))
@@ -152,8 +184,44 @@ class ManPages(CatalogueCase):
         text = self.render("man3/sample_record.3f")
         self.assertIn("The record takes 35 bytes.", text)
         self.assertRegex(text, r"\n +0 +integer\(4\) +default +a C keyword, in s\n")
-        self.assertRegex(text, r"\n +4 +integer\(4\), dimension\(2\) +words +two\n")
-        self.assertRegex(text, r"\n +27 +character\(2\), dimension\(4\) +names +letters\n")
+        self.assertRegex(text, r"\n +4 +integer\(4\) × 2 +words +two\n")
+        self.assertRegex(text, r"\n +27 +character\(2\) × 4 +names +letters\n")
+
+    def test_record_kind(self):
+        text = self.render("man3/pair_record.3f")
+        self.assertIn("pair_record - two & more things\n", text)
+        self.assertIn("call pxfstructcreate('pair', jhandle, ierror)\n", text)
+        self.assertIn("DESCRIPTION\n       What everything is not.\n", text)
+        for row in (r"Name +Type +Use +Meaning", r"st_mtime +integer\(8\) +get set +a macro in C, in s",
+                    r"label +character\(8\) +get set +letters; 7 characters",
+                    r"codes +integer\(4\) array +get set +numbers; 3 elements",
+                    r"owner +character +get set +a name; any length", r"total +integer\(4\) +get +how many",
+                    r"members +character array +get +names; total elements"):
+            self.assertRegex(text, rf"\n +{row}\n")
+        self.assertIn("SEE ALSO\n       pair(3f), pair8(3f), qxport(7)\n", text)
+
+    def test_record_kind_without_components(self):
+        text = self.render("man3/opaque_record.3f")
+        self.assertIn("Nobody looks into it.", text)
+        self.assertNotIn("COMPONENTS", text)
+        self.assertNotIn("mask", text)
+
+    def test_constants(self):
+        text = self.render("man3/constants.3f")
+        for expected in (
+            "   Some of the host's\n       As SIGINT is.\n\n       SIGINT                  the interrupt key\n",
+            "       SIGNOTHING              on no host (the host's, or -1 where it has\n",
+            "   Own\n       The same everywhere.\n\n       _LEAST                  the least (always -2147483648)\n",
+            "SEE ALSO\n       pair(3f), pair8(3f), qxport(7)\n",
+        ):
+            self.assertIn(expected, text)
+
+    def test_routine_like_another(self):
+        text = self.render("man3/pair8.3f")
+        self.assertIn("DESCRIPTION\n       Makes a pair_record.\n", text)
+        self.assertIn("ERRORS\n       ENOMEM there is none\n", text)
+        self.assertIn("ORIGIN\n       another one\n", text)
+        self.assertIn("SEE ALSO\n       opaque_record(3f), constants(3f), qxport(7)\n", text)
 
     def test_routine_that_fortran_cannot_name(self):
         text = self.render("man3/odd_one.3f")
@@ -169,7 +237,8 @@ class ManPages(CatalogueCase):
         self.assertIn("gfortran prog.f90 $(pkg-config --cflags --libs qxport)", text)
         self.assertIn("ENTRIES OF <EVERY> & ANY SHAPE\n", text)
         self.assertIn(".a leading dot, a \\ backslash, 'quotes', 1 < 2 & 3, and -1.", text)
-        for name in ("everything(3f)", "odd_one(3f)", "sample_record(3f)", "LEAST", "ErrCount", "for_nargs"):
+        for name in ("everything(3f)", "odd_one(3f)", "sample_record(3f)", "LEAST", "ErrCount", "for_nargs",
+                     "pair_record(3f)", "constants(3f)"):
             self.assertIn(f"       {name}", text)
 
 

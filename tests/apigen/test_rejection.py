@@ -2,7 +2,7 @@
 
 import unittest
 
-from support import CORE, FILES, SAMPLE, CatalogueCase
+from support import BINDING, CORE, FILES, SAMPLE, CatalogueCase
 
 # what is wrong: (old text, new text, the entry named, the reason or a part of it)
 FAULTS = {
@@ -95,6 +95,60 @@ FAULTS = {
     "syntax": ("[area]", "[area", "catalogue", "Expected ']' at the end of a table declaration (at line 2"),
 }
 
+PAIR, CODES = "pair", 'name = "codes", type = "integer(4)", access = "get set", count = 3'
+BINDING_FAULTS = {
+    "unknown component key": ('text = "letters"', 'text = "letters", x = 1', PAIR,
+                              "component label: unknown key `x`"),
+    "no component text": (', text = "letters"', "", PAIR, "component label: missing key `text`"),
+    "component type": ('"character(8)"', '"character(*)"', PAIR, "component label: bad type `character(*)`"),
+    "component of 16 bits": ('"integer(8)", access', '"integer(2)", access', PAIR,
+                             "component st_mtime: bad type `integer(2)`"),
+    "bad access": ('access = "get", text = "how many"', 'access = "set get", text = "how many"', PAIR,
+                   "component total: bad access `set get`"),
+    "no capacity": ("capacity = 7, ", "", PAIR, "component label: `capacity` belongs to"),
+    "capacity of a number": (CODES, CODES + ", capacity = 3", PAIR, "component codes: `capacity` belongs to"),
+    "capacity too large": ("capacity = 7", "capacity = 9", PAIR, "component label: capacity 9 is not that of"),
+    "capacity too small": ("capacity = 7", "capacity = 0", PAIR, "component label: capacity 0 is not that of"),
+    "count of none": ("count = 3", "count = 0", PAIR, "component codes: `count` is a positive number"),
+    "count of long ones": (CODES, CODES.replace("(4)", "(8)"), PAIR, "component codes: `count` is a positive number"),
+    "unchecked short one": ('"integer(8)", access', '"integer(4)", access', PAIR,
+                            "component st_mtime: only an integer(8) can be `unchecked`"),
+    "unsigned for all to see": ('unsigned = true, access = ""', 'unsigned = true, access = "get"', "opaque",
+                                "component mask: only an integer(4) that no routine reads can be `unsigned`"),
+    "uncounted strings": (' count_of = "total",', "", PAIR, "component members: `count_of` belongs to"),
+    "counted string": ('type = "string", access = "get set", text = "another',
+                       'type = "string", count_of = "total", access = "get set", text = "another', PAIR,
+                       "component second: `count_of` belongs to"),
+    "counter behind": ('count_of = "total"', 'count_of = "second"', PAIR, "`second` is no integer(4) component before"),
+    "array as counter": ('count_of = "total"', 'count_of = "codes"', PAIR, "`codes` is no integer(4) component before"),
+    "duplicate component": ('name = "second"', 'name = "owner"', PAIR, "component owner: duplicate component name"),
+    "long component": ('name = "second"', f'name = "{"s" * 25}"', PAIR, "has more than 24 characters"),
+    "upper-case record": ('name = "opaque"', 'name = "Opaque"', "Opaque", "`Opaque` is not a valid record name"),
+    "no kind": ("kind = 2\n", "", PAIR, "missing key `kind`"),
+    "kind 0": ("kind = 1", "kind = 0", "opaque", "`kind` must be positive"),
+    "gap between kinds": ("kind = 2", "kind = 3", PAIR, "kind 3, where the next one is 2"),
+    "kind twice": ("kind = 1", "kind = 2", PAIR, "kind 2, where the next one is 1"),
+    "record summary": ('summary = "nothing to see"', "", "opaque", "missing key `summary`"),
+    "summary of a record": ('"nothing to see"', '"nothing to see."', "opaque", "the summary ends with a full stop"),
+    "lower-case constant": ('"SIGINT", text', '"sigint", text', "Some of the host's",
+                            "constant sigint: `sigint` is not an upper-case name"),
+    "long constant": ('"SIGINT", text', f'"{"S" * 25}", text', "Some of the host's", "name of at most 24 characters"),
+    "constant without text": ('"SIGINT", text = "the interrupt key"', '"SIGINT"', "Some of the host's",
+                              "constant SIGINT: missing key `text`"),
+    "wide constant": ("value = 7", "value = 2147483648", "Own", "constant NSIG: value 2147483648 is out of the range"),
+    "own and lacking": ("value = 7", "value = 7, may_lack = true", "Own",
+                        "constant NSIG: `value` and `may_lack` exclude one another"),
+    "constant twice": ('"NSIG"', '"SIGINT"', "Own", "duplicate constant `SIGINT`, also of Some of the host's"),
+    "like nothing": ('like = "pair"', 'like = "absent"', "pair8", "`like`: `absent` is no routine of this file"),
+    "like itself": ('like = "pair"', 'like = "pair8"', "pair8", "`like`: `pair8` is no routine of this file"),
+    "related record": ('"opaque_record"', '"opaque"', PAIR, "related name `opaque` does not exist"),
+    "page of the constants": ('name = "pair8"', 'name = "constants"', "constants", "the page `constants` is that of"),
+    "page of a record": ('name = "pair8"', 'name = "opaque_record"', "opaque_record", "duplicate page `opaque_record`"),
+    "module of the family": ('name = "pair8"', 'name = "posix"', "posix",
+                             "its procedure `qxport_posix` clashes with the module of that name"),
+    "area of a family's name": ('name = "binding"', 'name = "posix"', "area", "area name `posix` is reserved"),
+}
+
 
 class Rejection(CatalogueCase):
     def rejected(self, *arguments):
@@ -106,14 +160,26 @@ class Rejection(CatalogueCase):
         result = self.apigen("--check")
         self.assertEqual((result.returncode, result.stdout, result.stderr), (0, "", ""))
 
-    def test_each_fault(self):
-        for title, (old, new, name, reason) in FAULTS.items():
+    def refuses_each(self, faults, file, sound):
+        for title, (old, new, name, reason) in faults.items():
             with self.subTest(title):
-                self.assertIn(old, SAMPLE)
-                self.write(FILES | {"compat_sample.toml": SAMPLE.replace(old, new, 1)})
-                start = f"{self.api / 'compat_sample.toml'}: {name}: "
+                self.assertIn(old, sound)
+                self.write(FILES | {file: sound.replace(old, new, 1)})
+                start = f"{self.api / file}: {name}: "
                 lines = [line for line in self.rejected() if line.startswith(start) and reason in line]
                 self.assertEqual(len(lines), 1, self.apigen("--check").stderr)
+
+    def test_each_fault(self):
+        self.refuses_each(FAULTS, "compat_sample.toml", SAMPLE)
+
+    def test_each_fault_of_records_and_constants(self):
+        self.refuses_each(BINDING_FAULTS, "posix_binding.toml", BINDING)
+
+    def test_constants_page_only_with_constants(self):
+        before, _, after = BINDING.partition("[[constant_group]]")
+        self.write({"posix_binding.toml": before + after[after.index("[[routine]]"):]})
+        self.assertEqual(self.rejected(), [f"{self.api / 'posix_binding.toml'}: {name}: related name `constants` does "
+                                           "not exist" for name in ("pair", "pair8")])
 
     def test_duplicates_across_files(self):
         faults = {

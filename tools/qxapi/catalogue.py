@@ -5,8 +5,10 @@ from dataclasses import dataclass, field
 from pathlib import Path
 
 from . import checks, schema
-from .entries import module_names
+from .entries import PREFIX, module_names
 from .kinds import Kind, parse_kind
+from .likeness import expanded
+from .records import ConstantGroup, RecordKind, constant_group, record_kind
 
 
 @dataclass(frozen=True)
@@ -104,13 +106,20 @@ class Area:
     text: str
     constants: tuple[Constant, ...] = ()
     records: tuple[Record, ...] = ()
+    record_kinds: tuple[RecordKind, ...] = ()
+    constant_groups: tuple[ConstantGroup, ...] = ()
     data: tuple[Data, ...] = ()
     routines: tuple[Routine, ...] = ()
     services: tuple[Service, ...] = ()
 
     @property
     def module(self):
-        return f"qxport_{self.name}"
+        return f"{PREFIX}{self.name}"
+
+    @property
+    def family_module(self):
+        """The module of all areas of the family."""
+        return f"{PREFIX}{self.family}"
 
     def offered(self, target):
         """The routines that the area's module has an interface of."""
@@ -135,6 +144,15 @@ class Catalogue:
     @property
     def records(self):
         return self._all("records")
+
+    @property
+    def record_kinds(self):
+        """In the order of their codes."""
+        return sorted(self._all("record_kinds"), key=lambda kind: kind.kind)
+
+    @property
+    def constant_groups(self):
+        return self._all("constant_groups")
 
     @property
     def services(self):
@@ -166,7 +184,7 @@ def load(directory):
     problems, tables = [], []
     for path in paths:
         try:
-            tables.append((path, tomllib.loads(path.read_text(encoding="utf-8"))))
+            tables.append((path, expanded(tomllib.loads(path.read_text(encoding="utf-8")))))
         except (tomllib.TOMLDecodeError, UnicodeDecodeError) as error:
             problems.append(f"{path}: catalogue: {error}")
     for path, table in tables:
@@ -182,6 +200,8 @@ def _area(table):
         **table["area"],
         constants=tuple(_constant(c) for c in table.get("constant", [])),
         records=tuple(_record(t) for t in table.get("type", [])),
+        record_kinds=tuple(record_kind(r) for r in table.get("record", [])),
+        constant_groups=tuple(constant_group(g) for g in table.get("constant_group", [])),
         data=tuple(_data(d) for d in table.get("data", [])),
         routines=tuple(_routine(r) for r in table.get("routine", [])),
         services=tuple(Service(**s) for s in table.get("service", [])),

@@ -2,6 +2,10 @@
 
 from .entries import ENTRIES, PREFIX, entry_name, keys, module_names, page_name
 from .kinds import parse_kind
+from .records import CONSTANTS_PAGE, record_page_name
+
+# Known by text at run time, or by their C names.
+_OUTSIDE_OF_FORTRAN = ("record", "constant_group", "service")
 
 
 def problems(tables):
@@ -15,6 +19,9 @@ def problems(tables):
         + _unique(entries, _symbols, "symbol")
         + _module_clashes(entries, areas)
         + _generic_clashes(entries)
+        + _reserved_pages(entries)
+        + _unique(entries, _host_constants, "constant")
+        + _record_codes(entries)
         + _references(entries, tables)
     )
 
@@ -40,12 +47,14 @@ def _area_names(areas):
 
 def _fortran_names(what, entry):
     """Names that share one scope; Fortran does not tell cases apart."""
-    return [] if what == "service" else [entry["name"].lower()]
+    return [] if what in _OUTSIDE_OF_FORTRAN else [entry["name"].lower()]
 
 
 def _page_names(what, entry):
     """File and anchor names, where they differ from the name itself."""
-    return [] if what == "service" else [page_name(entry["name"]).lower()]
+    if what == "record":
+        return [record_page_name(entry["name"])]
+    return [] if what in _OUTSIDE_OF_FORTRAN else [page_name(entry["name"]).lower()]
 
 
 def _symbols(what, entry):
@@ -73,7 +82,8 @@ def _unique(entries, names_of, noun):
 
 def _module_clashes(entries, areas):
     """A module and an external procedure are both global names of a Fortran program."""
-    modules = {f"{PREFIX}{area['name']}" for _, area in areas} | {"qxport", "qxport_record_types"}
+    modules = {f"{PREFIX}{area[key]}" for _, area in areas for key in ("name", "family")}
+    modules |= {"qxport", "qxport_record_types"}
     return [
         f"{path}: {name}: its procedure `{specific}` clashes with the module of that name"
         for path, what, name, entry in entries
@@ -91,12 +101,38 @@ def _generic_clashes(entries):
     ]
 
 
+def _reserved_pages(entries):
+    return [
+        f"{path}: {name}: the page `{CONSTANTS_PAGE}` is that of the named constants"
+        for path, what, name, entry in entries
+        if CONSTANTS_PAGE in _page_names(what, entry)
+    ]
+
+
+def _host_constants(what, entry):
+    if what != "constant_group":
+        return []
+    return [str(constant.get("name")) for constant in entry["names"] if isinstance(constant, dict)]
+
+
+def _record_codes(entries):
+    """A record's code less 1 is its place in the table of kinds."""
+    records = [(entry["kind"], path, name) for path, what, name, entry in entries if what == "record"]
+    return [
+        f"{path}: {name}: kind {code}, where the next one is {wanted}: the kinds are numbered from 1 without a gap"
+        for wanted, (code, path, name) in enumerate(sorted(records, key=lambda record: record[0]), 1)
+        if code != wanted
+    ][:1]
+
+
 def _references(entries, tables):
     records, routines = _all_names(tables, "type"), _all_names(tables, "routine")
+    pages = records | routines | {record_page_name(name) for name in _all_names(tables, "record")}
+    pages |= {CONSTANTS_PAGE} if _all_names(tables, "constant_group") else set()
     found = []
     for path, what, name, entry in (e for e in entries if e[1] == "routine"):
         for related in map(str, entry.get("related", [])):
-            if related not in records | routines:
+            if related not in pages:
                 found.append(f"{path}: {name}: related name `{related}` does not exist")
             elif related == name:
                 found.append(f"{path}: {name}: related to itself")

@@ -4,7 +4,7 @@ import re
 
 MAX_NAME = 63  # of a Fortran name
 PREFIX = "qxport_"  # of modules, aliases and specific procedures
-ENTRIES = ("constant", "type", "data", "routine", "service")
+ENTRIES = ("constant", "type", "record", "constant_group", "data", "routine", "service")
 SYMBOL = re.compile(r"[A-Za-z_$][A-Za-z0-9_$]*\Z")
 _FORTRAN = re.compile(r"[A-Za-z][A-Za-z0-9_]*\Z")
 
@@ -22,6 +22,32 @@ TABLES = {
         "unit": (_TEXT, False),
         "text": (_TEXT, True),
     },
+    "record": {
+        "name": (_TEXT, True),
+        "kind": ((int,), True),
+        "summary": (_TEXT, True),
+        "text": (_TEXT, True),
+        "components": ((list,), True),
+    },
+    "component": {
+        "name": (_TEXT, True),
+        "type": (_TEXT, True),
+        "access": (_TEXT, True),
+        "text": (_TEXT, True),
+        "capacity": ((int,), False),
+        "count": ((int,), False),
+        "count_of": (_TEXT, False),
+        "unit": (_TEXT, False),
+        "unchecked": ((bool,), False),
+        "unsigned": ((bool,), False),
+    },
+    "constant_group": {"title": (_TEXT, True), "text": (_TEXT, True), "names": ((list,), True)},
+    "host_constant": {
+        "name": (_TEXT, True),
+        "text": (_TEXT, True),
+        "value": ((int,), False),
+        "may_lack": ((bool,), False),
+    },
     "data": {"name": (_TEXT, True), "c": (_TEXT, True), "fortran": (_TEXT, False), "text": (_TEXT, True)},
     "service": {k: (_TEXT, True) for k in ("symbol", "c", "text")},
     "routine": {
@@ -38,6 +64,7 @@ TABLES = {
         "errors": ((list,), False),
         "example": (_TEXT, False),
         "related": ((list,), False),
+        "like": (_TEXT, False),
         "module": ((bool,), False),
         "module_why": (_TEXT, False),
         "targets": ((list,), False),
@@ -56,8 +83,11 @@ TABLES = {
 }
 
 
+_NAMES = {"service": "symbol", "constant_group": "title"}
+
+
 def entry_name(entry, what, number):
-    name = entry.get("symbol" if what == "service" else "name")
+    name = entry.get(_NAMES.get(what, "name"))
     return name if isinstance(name, str) and name else f"{what} {number}"
 
 
@@ -71,7 +101,7 @@ def keys(entry, table):
             reasons += [f"missing key `{key}`"] if required else []
         elif type(entry[key]) not in types:
             reasons.append(f"`{key}` must be {' or '.join(t.__name__ for t in types)}")
-        elif isinstance(entry[key], str) and key != "value":
+        elif isinstance(entry[key], str) and key not in ("value", "access"):
             reasons += [f"`{key}` is empty"] if not entry[key].strip() else []
             reasons += [f"`{key}` has an unpaired backtick"] if key == "text" and entry[key].count("`") % 2 else []
     return reasons

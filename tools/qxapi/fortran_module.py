@@ -10,7 +10,7 @@ def outputs(catalogue, options):
 
 
 def modules(catalogue, options):
-    """The source of all modules, each after those that it uses."""
+    """The source of all modules, each after those that it uses: areas, their families, and `qxport` with everything."""
     target = options.target
     areas = [area for area in catalogue.areas if area.has_module(target)]
     lines = [f"! Made from the catalogue of routines, do not edit. Version {options.version_text}, {target}-bit."]
@@ -18,9 +18,16 @@ def modules(catalogue, options):
         lines += _records_module(catalogue.records)
     for area in areas:
         lines += _area_module(area, target)
-    lines += ["", "module qxport"]
-    lines += [f"  use {area.module}" for area in areas]
-    return "\n".join(lines + ["  implicit none", "end module qxport", ""])
+    families = {}
+    for area in areas:
+        families.setdefault(area.family_module, []).append(area.module)
+    for family, modules_of_it in families.items():
+        lines += _module_of_modules(family, modules_of_it)
+    return "\n".join(lines + _module_of_modules("qxport", families) + [""])
+
+
+def _module_of_modules(name, used):
+    return ["", f"module {name}"] + [f"  use {module}" for module in used] + ["  implicit none", f"end module {name}"]
 
 
 def _comment(text, indent):

@@ -4,7 +4,24 @@ from html import escape
 
 from .entries import page_name
 from .html_assets import SEARCH, STYLE
-from .prose import COMPILE, INTENTS, c_synopsis, constant_value, field_type, notes, paragraphs, spans, synopsis
+from .prose import (
+    COMPILE,
+    CONSTANTS,
+    INTENTS,
+    c_synopsis,
+    component_capacity,
+    component_type,
+    constant_value,
+    creation,
+    field_type,
+    host_value,
+    notes,
+    paragraphs,
+    reachable,
+    spans,
+    synopsis,
+)
+from .records import CONSTANTS_PAGE
 
 
 def outputs(catalogue, options):
@@ -20,6 +37,12 @@ def _names(area):
         yield routine.name, page_name(routine.name), "routine", routine.summary
     for record in area.records:
         yield record.name, page_name(record.name), "type", f"record of {record.bytes} bytes"
+    for kind in area.record_kinds:
+        yield kind.page, kind.page, "record", kind.summary
+    if area.constant_groups:
+        yield CONSTANTS_PAGE, CONSTANTS_PAGE, "constants", "all that a program knows by name"
+    for constant in (c for group in area.constant_groups for c in group.names):
+        yield constant.name, constant.name, "named constant", constant.text
     for constant in area.constants:
         yield constant.name, page_name(constant.name), "constant", constant.text
     for cell in area.data:
@@ -78,7 +101,8 @@ class _Writer:
     def area(self, area):
         body = f"<h1>{escape(area.title)}</h1>\n" + self._prose(area.text)
         if area.has_module("64") or area.has_module("32"):
-            body += f"<p>Module <code>{area.module}</code>, also part of <code>qxport</code>.</p>\n"
+            body += f"<p>Module <code>{area.module}</code>, also part of <code>{area.family_module}</code> and of "
+            body += "<code>qxport</code>.</p>\n"
         if area.routines:
             listed = "".join(
                 f'<li><a href="#{page_name(r.name)}"><code>{escape(r.name)}</code></a> {self._text(r.summary)}</li>\n'
@@ -88,6 +112,10 @@ class _Writer:
             body += "".join(self._routine(routine) for routine in area.routines)
         if area.records:
             body += "<h2>Types</h2>\n" + "".join(self._record(record) for record in area.records)
+        if area.record_kinds:
+            body += "<h2>Records</h2>\n" + "".join(self._record_kind(kind) for kind in area.record_kinds)
+        if area.constant_groups:
+            body += self._constant_groups(area.constant_groups)
         if area.constants:
             body += "<h2>Constants</h2>\n" + self._constants(area.constants)
         if area.data:
@@ -137,7 +165,7 @@ class _Writer:
                     + (["optional"] if a.optional else [])
                     + (["by value"] if a.value else [])
                 ),
-                self._text(a.text) + (f" Unit: {escape(a.unit)}." if a.unit else ""),
+                self._meaning(a),
             )
             for a in routine.args
         ]
@@ -149,7 +177,7 @@ class _Writer:
                 str(field.offset),
                 f"<code>{escape(field_type(field))}</code>",
                 f"<code>{escape(field.name)}</code>",
-                self._text(field.text) + (f" Unit: {escape(field.unit)}." if field.unit else ""),
+                self._meaning(field),
             )
             for field in record.fields
         ]
@@ -157,6 +185,35 @@ class _Writer:
         title = f"<h3><code>{escape(record.name)}</code></h3>\n"
         body = title + self._prose(record.text) + table
         return f'<section class="entry" id="{page_name(record.name)}">\n{body}</section>\n'
+
+    def _record_kind(self, kind):
+        body = f"<h3><code>{escape(kind.page)}</code></h3>\n<p>{self._text(kind.summary)}</p>\n"
+        body += self._code([creation(kind)], f"How to make a {kind.name}")
+        body += self._prose(kind.text, kind.page)
+        rows = [
+            (
+                f"<code>{escape(component.name)}</code>",
+                f"<code>{escape(component_type(component))}</code>",
+                component.access.replace(" ", ", "),
+                self._text(component_capacity(component)),
+                self._meaning(component),
+            )
+            for component in reachable(kind)
+        ]
+        headings = ("Name", "Type", "Use", "Capacity", "Meaning")
+        body += _table(f"Components of {kind.name}", headings, rows) if rows else ""
+        return f'<section class="entry" id="{kind.page}">\n{body}</section>\n'
+
+    def _constant_groups(self, groups):
+        body = f'<h2 id="{CONSTANTS_PAGE}">Constants by name</h2>\n' + self._prose(CONSTANTS)
+        for group in groups:
+            rows = [
+                (f'<code id="{c.name}">{c.name}</code>', escape(host_value(c), quote=False), self._text(c.text))
+                for c in group.names
+            ]
+            body += f"<h3>{self._text(group.title)}</h3>\n" + self._prose(group.text)
+            body += _table(group.title, ("Name", "Value", "Meaning"), rows)
+        return body
 
     def _constants(self, constants):
         rows = [
@@ -191,6 +248,9 @@ class _Writer:
             else escape(text, quote=False)
             for code, text in pieces
         )
+
+    def _meaning(self, entry):
+        return self._text(entry.text) + (f", in {escape(entry.unit)}" if entry.unit else "")
 
     def _link(self, name):
         """A name of the catalogue leads to its description."""

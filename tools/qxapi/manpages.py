@@ -1,9 +1,26 @@
-"""The man pages: one a routine, one a record type, and an overview."""
+"""The man pages: one a routine, one a record, one of the named constants, and an overview."""
 
 import re
 
 from .entries import page_name
-from .prose import COMPILE, argument_facts, constant_value, field_type, notes, paragraphs, spans, synopsis
+from .prose import (
+    COMPILE,
+    CONSTANTS,
+    argument_facts,
+    component_capacity,
+    component_type,
+    constant_value,
+    creation,
+    field_type,
+    host_value,
+    mentions,
+    notes,
+    paragraphs,
+    reachable,
+    spans,
+    synopsis,
+)
+from .records import CONSTANTS_PAGE
 
 _ESCAPES = {"\\": "\\e", "'": "\\(aq", "`": "\\(ga", "^": "\\(ha", "~": "\\(ti", '"': "\\(dq"}
 
@@ -15,6 +32,10 @@ def outputs(catalogue, options):
             pages[f"man/man3/{page_name(routine.name)}.3f"] = routine_page(routine, options)
         for record in area.records:
             pages[f"man/man3/{page_name(record.name)}.3f"] = record_page(record, catalogue, options)
+    for kind in catalogue.record_kinds:
+        pages[f"man/man3/{kind.page}.3f"] = record_kind_page(kind, catalogue, options)
+    if catalogue.constant_groups:
+        pages[f"man/man3/{CONSTANTS_PAGE}.3f"] = constants_page(catalogue, options)
     return pages
 
 
@@ -53,8 +74,8 @@ def _title(name, section, options):
 
 
 def _heading(name, summary):
-    # Left-adjusted: names and code in narrow columns would be torn apart.
-    return [".ad l", ".SH NAME", f"{_line(escape(name, True))} \\- {inline(spans(summary))}"]
+    # Left-adjusted and without hyphenation: names and code in narrow columns would be torn apart.
+    return [".ad l", ".nh", ".SH NAME", f"{_line(escape(name, True))} \\- {inline(spans(summary))}"]
 
 
 def _item(tag, text):
@@ -114,6 +135,43 @@ def record_page(record, catalogue, options):
     return _page(lines + [".TE"] + _see_also(users))
 
 
+def record_kind_page(kind, catalogue, options):
+    lines = ["'\\\" t", _title(kind.page, "3f", options)] + _heading(kind.page, kind.summary)
+    lines += [".SH SYNOPSIS", ".nf", "\\fBuse qxport, only: pxfstructcreate\\fP", ""]
+    lines += [f"\\fB{escape(creation(kind), True)}\\fP", ".fi"]
+    lines += [".SH DESCRIPTION"] + _paragraphs(kind.text)
+    if reachable(kind):
+        lines += [".SH COMPONENTS", ".TS", "tab(\t);", "lb lb lb lb", "l l l lx.", "Name\tType\tUse\tMeaning"]
+        lines += [_component(component) for component in reachable(kind)] + [".TE"]
+    return _page(lines + _see_also([r.name for r in catalogue.routines if mentions(r, kind.page)]))
+
+
+def _component(component):
+    capacity = component_capacity(component)
+    meaning = component.text + (f"; {capacity}" if capacity else "")
+    meaning = inline(spans(meaning)) + (f", in {escape(component.unit)}" if component.unit else "")
+    cells = [f"\\fB{component.name}\\fP", escape(component_type(component)), component.access]
+    return "\t".join(cells + [f"T{{\n{meaning}\nT}}"])
+
+
+def constants_page(catalogue, options):
+    areas = [area for area in catalogue.areas if area.constant_groups]
+    lines = [_title(CONSTANTS_PAGE, "3f", options)] + _heading(CONSTANTS_PAGE, "constants that a program knows by name")
+    lines += [".SH SYNOPSIS", ".nf", "\\fBuse qxport, only: ipxfconst\\fP", ""]
+    lines += ["\\fBivalue = ipxfconst(\\(aqNAME\\(aq)\\fP", ".fi", ".SH DESCRIPTION"] + _paragraphs(CONSTANTS)
+    for group in (group for area in areas for group in area.constant_groups):
+        lines += [f".SS {inline(spans(group.title))}"] + _paragraphs(group.text)
+        for constant in group.names:
+            lines += [".TP 24", f"\\fB{constant.name}\\fP", _host_constant(constant), ".PD 0"]
+        lines += [".PD"]
+    return _page(lines + _see_also([routine.name for area in areas for routine in area.routines]))
+
+
+def _host_constant(constant):
+    own = constant.value is not None or constant.may_lack
+    return inline(spans(f"{constant.text} ({host_value(constant)})" if own else constant.text))
+
+
 def overview(catalogue, options):
     lines = [_title("qxport", "7", options)] + _heading("qxport", "run-time support routines for Fortran programs")
     lines += [
@@ -124,8 +182,9 @@ def overview(catalogue, options):
         f"\\fB{escape(COMPILE, True)}\\fP",
         ".fi",
         ".SH DESCRIPTION",
-        "The module \\fBqxport\\fP has an interface of every routine that is listed below; each area has a module",
-        "of its own besides. Since they bring many names, a program lists those that it uses with \\fBonly:\\fP.",
+        "The module \\fBqxport\\fP has an interface of every routine that is listed below; each area and each family",
+        "of areas has a module of its own besides. Since they bring many names, a program lists those that it uses",
+        "with \\fBonly:\\fP.",
         "A routine can also be called without the module, as an external procedure of the same name.",
         ".PP",
         "From C and C++ the routines are declared in \\fB<qxport/qxport.h>\\fP.",
@@ -138,11 +197,15 @@ def overview(catalogue, options):
 def _area(area):
     lines = [f'.SH "{escape(area.title.upper())}"'] + _paragraphs(area.text)
     if area.has_module("64") or area.has_module("32"):
-        lines += [".PP", f"Module \\fB{area.module}\\fP."]
+        lines += [".PP", f"Module \\fB{area.module}\\fP, also part of \\fB{area.family_module}\\fP."]
     for routine in area.routines:
         lines += _item(f".BR {escape(page_name(routine.name), True)} (3f)", routine.summary)
     for record in area.records:
         lines += _item(f".BR {escape(record.name, True)} (3f)", "record type")
+    for kind in area.record_kinds:
+        lines += _item(f".BR {escape(kind.page, True)} (3f)", kind.summary)
+    if area.constant_groups:
+        lines += _item(f".BR {CONSTANTS_PAGE} (3f)", "constants that a program knows by name")
     for constant in area.constants:
         value = escape(f"{constant.kind.fortran}, {constant_value(constant)}")
         lines += _item(f"\\fB{escape(constant.name, True)}\\fP \\(en constant, {value}", constant.text)

@@ -7,6 +7,10 @@ from .header import broken, prototype
 
 COMPILE = "gfortran prog.f90 $(pkg-config --cflags --libs qxport)"
 SYNOPSIS_WIDTH = 76
+CONSTANTS = """
+The names that `pxfconst`, `ipxfconst` and `pxfisconst` know; their case does not matter. The values are those of the
+host that the library was built for. Where a value stands beside a name it is the binding's own, the same on every host.
+"""
 INTENTS = {"in": "input", "out": "output", "inout": "input and output"}
 
 
@@ -54,7 +58,46 @@ def argument_facts(argument):
 
 
 def field_type(field):
-    return f"{field.kind}, dimension({field.count})" if field.count else str(field.kind)
+    """Short, since it stands in a narrow column."""
+    return f"{field.kind} × {field.count}" if field.count else str(field.kind)
+
+
+def creation(kind):
+    """The call that makes a record."""
+    return f"call pxfstructcreate('{kind.name}', jhandle, ierror)"
+
+
+def component_type(component):
+    """What a Fortran program sees of a component."""
+    if component.type in ("string", "strings"):
+        return "character" if component.type == "string" else "character array"
+    return f"{component.type} array" if component.count else component.type
+
+
+def component_capacity(component):
+    """How much a component holds; empty for a number."""
+    if component.count or component.count_of:
+        return f"{component.count or f'`{component.count_of}`'} elements"
+    if component.capacity:
+        return f"{component.capacity} characters"
+    return "any length" if component.type == "string" else ""
+
+
+def reachable(kind):
+    """The components that a program can name."""
+    return [component for component in kind.components if component.access]
+
+
+def mentions(routine, page):
+    """Whether the reference of a routine leads to a page."""
+    return page in routine.related or f"`{page}`" in routine.text
+
+
+def host_value(constant):
+    """The value of a named constant, in words where it is the host's."""
+    if constant.value is not None:
+        return f"always {constant.value}"
+    return "the host's, or -1 where it has none" if constant.may_lack else "the host's"
 
 
 def notes(routine):

@@ -13,9 +13,11 @@ _SHAPE = re.compile(r"((\d+|[a-z]\w*),\s*)*(\d+|[a-z]\w*|\*)\Z")
 
 def routine_reasons(entry):
     """Every reason for which the entry of a routine is not valid."""
+    if "like" in entry:
+        return [f"`like`: `{entry['like']}` is no routine of this file that is described itself"]
     if reasons := keys(entry, "routine"):
         return reasons
-    return _name(entry) + _module(entry) + _result(entry) + _summary(entry) + _lists(entry) + _args(entry)
+    return _name(entry) + _module(entry) + _result(entry) + summary_reasons(entry) + _lists(entry) + _args(entry)
 
 
 def _name(entry):
@@ -67,7 +69,8 @@ def _result(entry):
     return reasons
 
 
-def _summary(entry):
+def summary_reasons(entry):
+    """Why a summary does not fit behind a name and a dash."""
     summary, reasons = entry["summary"].strip(), []
     if summary.endswith("."):
         reasons.append("the summary ends with a full stop")

@@ -4,6 +4,7 @@ import re
 
 from .entries import ENTRIES, MAX_NAME, PREFIX, SYMBOL, entry_name, fortran_name, keys
 from .kinds import parse_kind
+from .record_schema import constant_group_reasons, record_reasons
 from .routine_schema import routine_reasons
 
 FAMILIES = ("frame", "posix", "portability", "compat", "core")
@@ -40,7 +41,7 @@ def _area(path, table):
     if broken := keys(area, "area"):
         return reasons + broken
     reasons += fortran_name(area["name"], "area", MAX_NAME - len(PREFIX))
-    if area["name"] in ("index", "record_types"):
+    if area["name"] in ("index", "record_types", *FAMILIES):
         reasons.append(f"area name `{area['name']}` is reserved")
     if area["family"] not in FAMILIES:
         reasons.append(f"family `{area['family']}` is none of {', '.join(FAMILIES)}")
@@ -131,4 +132,12 @@ def _service(entry):
     return reasons
 
 
-_CHECKS = {"constant": _constant, "type": _record, "data": _data, "service": _service, "routine": routine_reasons}
+_CHECKS = {
+    "constant": _constant,
+    "type": _record,
+    "record": record_reasons,
+    "constant_group": constant_group_reasons,
+    "data": _data,
+    "service": _service,
+    "routine": routine_reasons,
+}

@@ -50,11 +50,56 @@ contains
     open (unit=unit, file=text, status='old', action=actions(action), iostat=answer)
   end function
 
+  ! The next character's number, or -1 at the end of the file, or -2 for a failure.
+  function read_character(unit) bind(C, name='qxcore_gnu_read_character') result(answer)
+    integer(c_int32_t), value :: unit
+    integer(c_int32_t) :: answer
+    character :: next
+    integer :: status
+    call fgetc(unit, next, status)
+    if (status == 0) then
+      answer = ichar(next)
+    else
+      answer = merge(-1, -2, status == -1)
+    end if
+  end function
+
+  function write_character(unit, character_number) bind(C, name='qxcore_gnu_write_character') result(answer)
+    integer(c_int32_t), value :: unit, character_number
+    integer(c_int32_t) :: answer
+    call fputc(unit, char(iand(character_number, 255)), answer)
+  end function
+
+  ! What INQUIRE calls the size of the file; -1 where there is none.
+  function file_size(unit) bind(C, name='qxcore_gnu_file_size') result(answer)
+    integer(c_int32_t), value :: unit
+    integer(c_int64_t) :: answer
+    inquire (unit=unit, size=answer)
+  end function
+
+  function position(unit) bind(C, name='qxcore_gnu_position') result(answer)
+    integer(c_int32_t), value :: unit
+    integer(c_int64_t) :: answer
+    answer = ftell(unit)
+  end function
+
+  function rewind_unit(unit) bind(C, name='qxcore_gnu_rewind') result(answer)
+    integer(c_int32_t), value :: unit
+    integer(c_int32_t) :: answer
+    rewind (unit, iostat=answer)
+  end function
+
   function seek(unit, offset) bind(C, name='qxcore_gnu_seek') result(answer)
     integer(c_int32_t), value :: unit
     integer(c_int64_t), value :: offset
     integer(c_int32_t) :: answer
     call fseek(unit, offset, 0, answer)
+  end function
+
+  function flush_unit(unit) bind(C, name='qxcore_gnu_flush') result(answer)
+    integer(c_int32_t), value :: unit
+    integer(c_int32_t) :: answer
+    flush (unit, iostat=answer)
   end function
 
 end module

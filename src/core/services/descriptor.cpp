@@ -79,4 +79,8 @@ void store_unit_name(int32_t fd, const char *known, int64_t known_length, char *
   *name_length = stored;
 }
 
+bool commit(int32_t fd) {
+  return fsync(fd) == 0 || errno == EINVAL || errno == EROFS;
+}
+
 }  // namespace qxcore

@@ -17,6 +17,10 @@ int32_t action_of(int32_t fd, const char *access, intptr_t access_length, Action
 // else the name that the run-time knows, cut at the capacity.
 void store_unit_name(int32_t fd, const char *known, int64_t known_length, char *name, int64_t *name_length);
 
+// Commits a descriptor's file to its device. What has none, a pipe or a terminal, is as committed as it can
+// be.
+bool commit(int32_t fd);
+
 }  // namespace qxcore
 
 #endif

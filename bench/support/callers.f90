@@ -1,0 +1,120 @@
+! Calls as a Fortran program makes them: ours through the module, gfortran's own as an intrinsic. All are compiled alike,
+! so what they cost beside the call is the same on both sides.
+
+integer function qx_access(name, mode)
+  use qxport, only: access
+  implicit none
+  character(*), intent(in) :: name, mode
+  qx_access = access(name, mode)
+end function
+
+integer function gnu_access(name, mode)
+  implicit none
+  character(*), intent(in) :: name, mode
+  intrinsic :: access
+  gnu_access = access(name, mode)
+end function
+
+integer function qx_chdir(name)
+  use qxport, only: chdir
+  implicit none
+  character(*), intent(in) :: name
+  qx_chdir = chdir(name)
+end function
+
+integer function gnu_chdir(name)
+  implicit none
+  character(*), intent(in) :: name
+  intrinsic :: chdir
+  gnu_chdir = chdir(name)
+end function
+
+integer function qx_stat(name, values)
+  use qxport, only: stat
+  implicit none
+  character(*), intent(in) :: name
+  integer, intent(out) :: values(13)
+  qx_stat = stat(name, values)
+end function
+
+integer function gnu_stat(name, values)
+  implicit none
+  character(*), intent(in) :: name
+  integer, intent(out) :: values(13)
+  intrinsic :: stat
+  gnu_stat = stat(name, values)
+end function
+
+integer function qx_lstat(name, values)
+  use qxport, only: lstat
+  implicit none
+  character(*), intent(in) :: name
+  integer, intent(out) :: values(13)
+  qx_lstat = lstat(name, values)
+end function
+
+integer function gnu_lstat(name, values)
+  implicit none
+  character(*), intent(in) :: name
+  integer, intent(out) :: values(13)
+  intrinsic :: lstat
+  gnu_lstat = lstat(name, values)
+end function
+
+integer function qx_getcwd(name)
+  use qxport, only: getcwd
+  implicit none
+  character(*), intent(out) :: name
+  qx_getcwd = getcwd(name)
+end function
+
+integer function gnu_getcwd(name)
+  implicit none
+  character(*), intent(out) :: name
+  intrinsic :: getcwd
+  gnu_getcwd = getcwd(name)
+end function
+
+subroutine qx_getenv(name, value)
+  use qxport, only: getenv
+  implicit none
+  character(*), intent(in) :: name
+  character(*), intent(out) :: value
+  call getenv(name, value)
+end subroutine
+
+subroutine gnu_getenv(name, value)
+  implicit none
+  character(*), intent(in) :: name
+  character(*), intent(out) :: value
+  intrinsic :: getenv
+  call getenv(name, value)
+end subroutine
+
+integer function qx_lnblnk(text)
+  use qxport, only: lnblnk
+  implicit none
+  character(*), intent(in) :: text
+  qx_lnblnk = lnblnk(text)
+end function
+
+integer function gnu_len_trim(text)
+  implicit none
+  character(*), intent(in) :: text
+  intrinsic :: len_trim
+  gnu_len_trim = len_trim(text)
+end function
+
+integer function qx_rindex(text, part)
+  use qxport, only: rindex
+  implicit none
+  character(*), intent(in) :: text, part
+  qx_rindex = rindex(text, part)
+end function
+
+integer function gnu_index_back(text, part)
+  implicit none
+  character(*), intent(in) :: text, part
+  intrinsic :: index
+  gnu_index_back = index(text, part, back=.true.)
+end function

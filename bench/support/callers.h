@@ -1,0 +1,29 @@
+// The Fortran procedures of callers.f90: qx_ calls ours, gnu_ the compiler's own.
+#ifndef QXPORT_BENCH_CALLERS_H
+#define QXPORT_BENCH_CALLERS_H
+
+#include <cstddef>
+#include <cstdint>
+
+extern "C" {
+
+int32_t qx_access_(const char *name, const char *mode, size_t name_len, size_t mode_len);
+int32_t gnu_access_(const char *name, const char *mode, size_t name_len, size_t mode_len);
+int32_t qx_chdir_(const char *name, size_t name_len);
+int32_t gnu_chdir_(const char *name, size_t name_len);
+int32_t qx_stat_(const char *name, int32_t *values, size_t name_len);
+int32_t gnu_stat_(const char *name, int32_t *values, size_t name_len);
+int32_t qx_lstat_(const char *name, int32_t *values, size_t name_len);
+int32_t gnu_lstat_(const char *name, int32_t *values, size_t name_len);
+int32_t qx_getcwd_(char *name, size_t name_len);
+int32_t gnu_getcwd_(char *name, size_t name_len);
+void qx_getenv_(const char *name, char *value, size_t name_len, size_t value_len);
+void gnu_getenv_(const char *name, char *value, size_t name_len, size_t value_len);
+int32_t qx_lnblnk_(const char *text, size_t text_len);
+int32_t gnu_len_trim_(const char *text, size_t text_len);
+int32_t qx_rindex_(const char *text, const char *part, size_t text_len, size_t part_len);
+int32_t gnu_index_back_(const char *text, const char *part, size_t text_len, size_t part_len);
+
+}  // extern "C"
+
+#endif

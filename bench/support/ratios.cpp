@@ -1,0 +1,86 @@
+#include "ratios.h"
+
+#include <cstdio>
+#include <map>
+#include <string>
+
+namespace bench {
+
+namespace {
+
+// Prints as the console does, and keeps the medians.
+class Medians : public benchmark::ConsoleReporter {
+public:
+  void ReportRuns(const std::vector<Run> &runs) override {
+    ConsoleReporter::ReportRuns(runs);
+    for (const Run &run : runs)
+      if (run.run_type == Run::RT_Aggregate && run.aggregate_name == "median" && !run.error_occurred)
+        times_[run.run_name.function_name] = time_of_one(run);
+  }
+
+  // In ns, or 0 for a benchmark that did not run.
+  double time(const std::string &name) const {
+    const auto found = times_.find(name);
+    return found == times_.end() ? 0 : found->second;
+  }
+
+private:
+  static double time_of_one(const Run &run) {
+    const double nanoseconds =
+        run.GetAdjustedCPUTime() / benchmark::GetTimeUnitMultiplier(run.time_unit) * 1e9;
+    const auto entries = run.counters.find("entries");
+    return entries == run.counters.end() ? nanoseconds : nanoseconds / entries->second.value;
+  }
+
+  std::map<std::string, double> times_;
+};
+
+std::string verdict(double value, double at_most, const char *format) {
+  if (at_most == NO_LIMIT)
+    return "";
+  char text[64];
+  snprintf(text, sizeof(text), format, at_most);
+  return std::string(" (at most ") + text + (value > at_most ? ") MISSED" : ")");
+}
+
+void print(const Medians &medians, const Comparison &line) {
+  const std::string routine = line.routine;
+  const double ours = medians.time(routine + "/ours");
+  if (ours == 0)
+    return;
+  if (*line.peer == '\0') {
+    printf("%-16s %11.1f ns%s\n", line.routine, ours, verdict(ours, line.at_most, "%.0f ns").c_str());
+    return;
+  }
+  const double theirs = medians.time(routine + "/" + line.peer);
+  if (theirs == 0)
+    return;
+  printf("%-16s %11.1f ns  %-24s %11.1f ns  ratio %.2f%s\n", line.routine, ours, line.peer, theirs, ours / theirs,
+         verdict(ours / theirs, line.at_most, "%.2f").c_str());
+}
+
+}  // namespace
+
+int run(int argc, char **argv, const std::vector<Comparison> &comparisons) {
+  // Those of the command line come last, and count.
+  std::vector<std::string> words = {argv[0], "--benchmark_repetitions=15", "--benchmark_min_time=0.05",
+                                    "--benchmark_enable_random_interleaving=true",
+                                    "--benchmark_report_aggregates_only=true"};
+  words.insert(words.end(), argv + 1, argv + argc);
+  std::vector<char *> arguments;
+  for (std::string &word : words)
+    arguments.push_back(word.data());
+  int count = static_cast<int>(arguments.size());
+  benchmark::Initialize(&count, arguments.data());
+  if (benchmark::ReportUnrecognizedArguments(count, arguments.data()))
+    return 1;
+
+  Medians medians;
+  benchmark::RunSpecifiedBenchmarks(&medians);
+  printf("\nroutine                 ours  beside\n");
+  for (const Comparison &line : comparisons)
+    print(medians, line);
+  return 0;
+}
+
+}  // namespace bench

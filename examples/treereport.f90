@@ -1,0 +1,370 @@
+! treereport [DIRECTORY]: reports what a directory tree holds, by default the one of the current directory.
+!
+! Symbolic links are counted and not followed; mounted file systems are entered. What cannot be examined is named in
+! the report, with the reason, and does not end it.
+
+! What is known of a tree, and the walk that finds it out.
+module trees
+  use, intrinsic :: iso_c_binding, only: c_intptr_t
+  use, intrinsic :: iso_fortran_env, only: int64
+  use qxport, only: access, file_info_i8, getfileinfoqqi8, lstati8, stati8, FILE_SEARCH_BEGIN, FILE_SEARCH_END, &
+    MODE_DIRECTORY, MODE_REGULAR, MODE_SYMLINK, MODE_TYPE_MASK, STAT_MODE, STAT_MTIME, STAT_SIZE
+  use text_lists, only: text_list
+  use wording, only: printable, reason, NO_PERMISSION, NO_SUCH_FILE
+  implicit none
+  private
+  public :: survey, why_refused
+
+  integer, parameter :: LONGEST_DIRECTORY = 1024  ! that a search takes whole
+  character(*), parameter :: TOO_LONG = 'not entered, its path has more than 1024 characters'
+  integer, parameter :: MOST_ATTEMPTS = 5
+  integer, parameter, public :: MOST_RANKED = 10, LAST_CLASS = 32
+
+  type, public :: ranked_file
+    integer(int64) :: key, bytes, modified
+    character(:), allocatable :: path  ! from the root on
+  end type ranked_file
+
+  ! The files with the greatest keys, greatest first; equal keys in the order of the paths.
+  type, public :: ranking
+    integer :: count = 0
+    type(ranked_file) :: files(MOST_RANKED)
+  end type ranking
+
+  type, public :: tree
+    character(:), allocatable :: root
+    integer(int64) :: files = 0, directories = 0, links = 0, others = 0
+    integer(int64) :: bytes = 0                  ! of the files
+    integer(int64) :: unreadable = 0             ! files that this user may not read
+    integer(int64) :: classes(0:LAST_CLASS) = 0  ! empty files, and those of 4**(class - 1) bytes or more
+    type(ranking) :: largest, newest
+    type(text_list) :: problems, reasons
+  end type tree
+
+contains
+
+  ! Why there can be no report on a tree, or nothing when there can.
+  function why_refused(root) result(why)
+    character(*), intent(in) :: root
+    character(:), allocatable :: why
+    integer(int64) :: status(13)
+    integer :: error
+    why = ''
+    error = stati8(root//'/.', status)
+    if (error /= 0) then
+      why = reason(error)
+    else if (access(root//'/.', 'rx') == NO_PERMISSION) then
+      why = reason(NO_PERMISSION)
+    else if (len(root) > LONGEST_DIRECTORY) then
+      why = TOO_LONG
+    end if
+  end function why_refused
+
+  ! Each directory is read whole before its entries are examined: one search can be under way at a time.
+  subroutine survey(found)
+    type(tree), intent(inout) :: found
+    type(text_list) :: pending, names
+    character(:), allocatable :: directory, trouble
+    integer :: i
+    found%directories = 1
+    call pending%add(found%root)
+    do while (pending%count > 0)
+      directory = pending%items(pending%count)%value
+      pending%count = pending%count - 1
+      call list(directory, names, trouble)
+      if (len(trouble) > 0) call add_problem(found, directory, trouble)
+      do i = 1, names%count
+        call examine(directory, names%items(i)%value, found, pending)
+      end do
+    end do
+  end subroutine survey
+
+  ! The names in a directory; these are all when there is no trouble. An entry that vanishes meanwhile ends the search,
+  ! and then the directory is read again.
+  subroutine list(directory, names, trouble)
+    character(*), intent(in) :: directory
+    type(text_list), intent(inout) :: names
+    character(:), allocatable, intent(out) :: trouble
+    character(:), allocatable :: obstacle
+    integer(int64) :: status(13)
+    logical :: complete
+    integer :: attempt
+    names%count = 0
+    trouble = TOO_LONG
+    if (len(directory) > LONGEST_DIRECTORY) return
+    do attempt = 1, MOST_ATTEMPTS
+      call search(directory, names, complete, obstacle)
+      trouble = ''
+      if (complete) return
+      trouble = why_incomplete(directory, obstacle)
+      if (len(obstacle) == 0) return
+      if (lstati8(directory//'/'//obstacle, status) /= NO_SUCH_FILE) return
+    end do
+  end subroutine list
+
+  ! Goes through a directory once. An entry that cannot be examined, such as a link that leads nowhere, ends the search
+  ! early: that one is the obstacle.
+  subroutine search(directory, names, complete, obstacle)
+    character(*), intent(in) :: directory
+    type(text_list), intent(inout) :: names
+    logical, intent(out) :: complete
+    character(:), allocatable, intent(out) :: obstacle
+    type(file_info_i8) :: info
+    integer(c_intptr_t) :: handle
+    integer(int64) :: status(13)
+    integer :: length
+    names%count = 0
+    ! A system error left over from an earlier call would make a clean end read as a failure; "no such file" would not.
+    ! The empty name never exists, so asking for it leaves just that.
+    length = stati8('', status)
+    handle = FILE_SEARCH_BEGIN
+    do
+      info%name = ''
+      length = getfileinfoqqi8(directory//'/*', info, handle)
+      if (length == 0) exit
+      if (info%name(1:length) /= '.' .and. info%name(1:length) /= '..') call names%add(info%name(1:length))
+    end do
+    complete = handle == FILE_SEARCH_END
+    obstacle = trim(info%name)
+  end subroutine search
+
+  function why_incomplete(directory, obstacle) result(why)
+    character(*), intent(in) :: directory, obstacle
+    character(:), allocatable :: why
+    integer(int64) :: status(13)
+    integer :: error
+    if (access(directory, 'rx') == NO_PERMISSION) then
+      why = reason(NO_PERMISSION)
+      return
+    else if (len(obstacle) == 0) then
+      why = 'cannot be opened, or not be read to its end'
+      error = lstati8(directory, status)
+    else
+      why = 'cut off at "'//printable(obstacle)//'", which cannot be examined'
+      error = stati8(directory//'/'//obstacle, status)
+    end if
+    if (error /= 0) why = why//': '//reason(error)
+  end function why_incomplete
+
+  subroutine examine(directory, name, found, pending)
+    character(*), intent(in) :: directory, name
+    type(tree), intent(inout) :: found
+    type(text_list), intent(inout) :: pending
+    character(:), allocatable :: path
+    integer(int64) :: status(13)
+    integer :: error
+    path = directory//'/'//name
+    if (name(len(name):) == ' ') then
+      call add_problem(found, path, 'not examined, blanks at the end of a CHARACTER argument do not count')
+      return
+    end if
+    error = lstati8(path, status)
+    if (error /= 0) then
+      call add_problem(found, path, reason(error))
+      return
+    end if
+    select case (iand(int(status(STAT_MODE)), MODE_TYPE_MASK))
+    case (MODE_REGULAR)
+      call add_file(found, path, status(STAT_SIZE), status(STAT_MTIME))
+    case (MODE_DIRECTORY)
+      found%directories = found%directories + 1
+      call pending%add(path)
+    case (MODE_SYMLINK)
+      found%links = found%links + 1
+    case default
+      found%others = found%others + 1
+    end select
+  end subroutine examine
+
+  subroutine add_file(found, path, bytes, modified)
+    type(tree), intent(inout) :: found
+    character(*), intent(in) :: path
+    integer(int64), intent(in) :: bytes, modified
+    integer :: class
+    found%files = found%files + 1
+    ! Files with holes may claim more bytes together than can be counted.
+    found%bytes = found%bytes + min(bytes, huge(bytes) - found%bytes)
+    if (access(path, 'r') == NO_PERMISSION) found%unreadable = found%unreadable + 1
+    class = (64 - leadz(bytes) + 1)/2
+    found%classes(class) = found%classes(class) + 1
+    call rank(found%largest, ranked_file(bytes, bytes, modified, path(len(found%root) + 2:)))
+    call rank(found%newest, ranked_file(modified, bytes, modified, path(len(found%root) + 2:)))
+  end subroutine add_file
+
+  subroutine rank(ranks, file)
+    type(ranking), intent(inout) :: ranks
+    type(ranked_file), intent(in) :: file
+    integer :: place, i
+    place = ranks%count + 1
+    do while (place > 1)
+      if (.not. precedes(file, ranks%files(place - 1))) exit
+      place = place - 1
+    end do
+    if (place > MOST_RANKED) return
+    ranks%count = min(ranks%count + 1, MOST_RANKED)
+    do i = ranks%count, place + 1, -1
+      ranks%files(i) = ranks%files(i - 1)
+    end do
+    ranks%files(place) = file
+  end subroutine rank
+
+  pure logical function precedes(one, other)
+    type(ranked_file), intent(in) :: one, other
+    precedes = one%key > other%key .or. (one%key == other%key .and. llt(one%path, other%path))
+  end function precedes
+
+  subroutine add_problem(found, path, why)
+    type(tree), intent(inout) :: found
+    character(*), intent(in) :: path, why
+    call found%problems%add(path(len(found%root) + 2:))
+    call found%reasons%add(why)
+  end subroutine add_problem
+end module trees
+
+program treereport
+  use, intrinsic :: iso_fortran_env, only: error_unit, int64
+  use qxport, only: exit, getcwd, getenv, getlog, getuid, hostnm
+  use trees, only: ranking, survey, tree, why_refused, LAST_CLASS
+  use wording, only: decimal, human_size, printable, utc_date
+  implicit none
+
+  call report(argument())
+
+contains
+
+  function argument() result(directory)
+    character(:), allocatable :: directory
+    integer :: length
+    directory = '.'
+    if (command_argument_count() == 0) return
+    call get_command_argument(1, length=length)
+    directory = repeat(' ', length)
+    call get_command_argument(1, directory)
+    ! No argument is an option: one that begins with "-" asks for help, or so its writer thinks.
+    if (command_argument_count() == 1 .and. scan(directory//'-', '-') > 1) return
+    write (error_unit, '(a)') 'usage: treereport [DIRECTORY]', &
+      'Reports what a directory tree holds, by default the one of the current directory.'
+    call exit(2)
+  end function argument
+
+  subroutine report(directory)
+    character(*), intent(in) :: directory
+    character(:), allocatable :: why
+    type(tree) :: found
+    found%root = walkable(directory)
+    why = why_refused(found%root)
+    if (len(why) > 0) then
+      write (error_unit, '(4a)') 'treereport: ', printable(directory), ': ', why
+      call exit(1)
+    end if
+    call survey(found)
+    call print_header(directory)
+    call print_contents(found)
+    call print_ranking('The largest files', found%largest)
+    call print_ranking('The newest files', found%newest)
+    call print_classes(found%classes)
+    call print_problems(found)
+  end subroutine report
+
+  ! A directory's path as the walk can go on from it. The root of all becomes "/.", since a search takes no
+  ! specification whose only slash comes first; and a blank at the end is kept only in front of something.
+  function walkable(directory) result(root)
+    character(*), intent(in) :: directory
+    character(:), allocatable :: root
+    root = directory(1:verify(directory, '/', back=.true.))
+    if (len(root) == 0) then
+      root = '/.'
+    else if (root(len(root):) == ' ') then
+      root = root//'/.'
+    end if
+  end function walkable
+
+  subroutine print_header(directory)
+    character(*), intent(in) :: directory
+    character(255) :: host, user
+    character(10) :: date, time, zone
+    if (hostnm(host) > 0) host = 'unknown'
+    call getlog(user)
+    ! A process without a terminal of its own has no login name; its environment may tell.
+    if (user == '') call getenv('LOGNAME', user)
+    if (user == '') call getenv('USER', user)
+    if (user == '') user = 'user id '//decimal(int(getuid(), int64))
+    call date_and_time(date, time, zone)
+    print '(a)', 'Tree report'
+    print '(2a)', '  host         ', printable(trim(host))
+    print '(2a)', '  user         ', printable(trim(user))
+    print '(2a)', '  directory    ', printable(absolute(directory))
+    print '(*(a))', '  date         ', date(1:4), '-', date(5:6), '-', date(7:8), ' ', &
+      time(1:2), ':', time(3:4), ':', time(5:6), ' ', trim(zone)
+  end subroutine print_header
+
+  function absolute(directory) result(path)
+    character(*), intent(in) :: directory
+    character(:), allocatable :: path
+    character(4096) :: current
+    path = directory
+    if (directory(1:1) == '/') return
+    if (getcwd(current) /= 0) return
+    path = trim(current)
+    if (directory /= '.') path = path//'/'//directory
+  end function absolute
+
+  subroutine print_contents(found)
+    type(tree), intent(in) :: found
+    print '(/a)', 'Contents'
+    print '(3a, i0, a)', '  total size   ', human_size(found%bytes), ' (', found%bytes, ' bytes)'
+    print '(a, i0)', '  files        ', found%files
+    print '(a, i0)', '  directories  ', found%directories
+    print '(a, i0)', '  links        ', found%links
+    print '(a, i0)', '  others       ', found%others
+    if (found%unreadable > 0) print '(a, i0, a)', '  unreadable   ', found%unreadable, ' of the files'
+  end subroutine print_contents
+
+  subroutine print_ranking(title, ranks)
+    character(*), intent(in) :: title
+    type(ranking), intent(in) :: ranks
+    integer :: i
+    if (ranks%count == 0) return
+    print '(/2a)', title, ' (bytes, size, date of the last change in UTC, path)'
+    do i = 1, ranks%count
+      associate (file => ranks%files(i))
+        print '(i19, a12, *(a))', file%bytes, human_size(file%bytes), '  ', utc_date(file%modified), '  ', &
+          printable(file%path)
+      end associate
+    end do
+  end subroutine print_ranking
+
+  ! A bar for each class from the smallest to the largest that occurs.
+  subroutine print_classes(classes)
+    integer(int64), intent(in) :: classes(0:LAST_CLASS)
+    integer(int64), parameter :: LONGEST_BAR = 50
+    character(:), allocatable :: label
+    integer(int64) :: length
+    integer :: class
+    if (all(classes == 0)) return
+    print '(/a)', 'Sizes of the files (from, number)'
+    do class = findloc(classes > 0, .true., dim=1) - 1, findloc(classes > 0, .true., dim=1, back=.true.) - 1
+      label = 'empty'
+      if (class > 0) label = human_size(4_int64**(class - 1))
+      length = classes(class)*LONGEST_BAR/maxval(classes)
+      if (classes(class) > 0) length = max(length, 1_int64)
+      print '(a12, 3a, i0)', label, '  |', repeat('#', length), ' ', classes(class)
+    end do
+  end subroutine print_classes
+
+  subroutine print_problems(found)
+    type(tree), intent(in) :: found
+    character(:), allocatable :: path
+    integer :: i
+    if (found%problems%count == 0) then
+      print '(/a)', 'Everything was examined.'
+      return
+    end if
+    print '(/a, i0, a)', 'Not examined, or not to the end (', found%problems%count, ')'
+    do i = 1, found%problems%count
+      path = found%problems%items(i)%value
+      if (len(path) == 0) path = '.'
+      print '(*(a))', '  "', printable(path), '": ', found%reasons%items(i)%value
+    end do
+  end subroutine print_problems
+end program treereport

@@ -1,0 +1,152 @@
+! What treereport needs of texts: lists that grow, and how numbers, dates, names and errors read.
+
+! Growing lists of texts: the names in a directory, and a stack of directories to visit.
+module text_lists
+  implicit none
+  private
+
+  type :: text
+    character(:), allocatable :: value
+  end type text
+
+  type, public :: text_list
+    integer :: count = 0
+    type(text), allocatable :: items(:)
+  contains
+    procedure :: add
+  end type text_list
+
+contains
+
+  ! Doubling keeps the cost of a long list in proportion to its length.
+  subroutine add(list, value)
+    class(text_list), intent(inout) :: list
+    character(*), intent(in) :: value
+    type(text), allocatable :: more(:)
+    if (.not. allocated(list%items)) allocate (list%items(64))
+    if (list%count == size(list%items)) then
+      allocate (more(2*list%count))
+      more(1:list%count) = list%items
+      call move_alloc(more, list%items)
+    end if
+    list%count = list%count + 1
+    list%items(list%count)%value = value
+  end subroutine add
+end module text_lists
+
+! How numbers, dates, names and errors read.
+module wording
+  use, intrinsic :: iso_fortran_env, only: int64, real64
+  implicit none
+  private
+  public :: decimal, human_size, utc_date, printable, reason
+
+  integer, parameter, public :: NO_SUCH_FILE = 2, NO_PERMISSION = 13
+
+contains
+
+  function decimal(number) result(text)
+    integer(int64), intent(in) :: number
+    character(:), allocatable :: text
+    character(20) :: digits
+    write (digits, '(i0)') number
+    text = trim(digits)
+  end function decimal
+
+  function human_size(bytes) result(text)
+    integer(int64), intent(in) :: bytes
+    character(:), allocatable :: text
+    character(3), parameter :: UNITS(6) = ['KiB', 'MiB', 'GiB', 'TiB', 'PiB', 'EiB']
+    real(real64) :: amount
+    character(10) :: size
+    integer :: unit
+    text = decimal(bytes)//' B'
+    if (bytes < 1024) return
+    amount = bytes/1024.0_real64
+    unit = 1
+    do while (amount >= 1023.95_real64)  ! would be rounded to 1024.0
+      amount = amount/1024
+      unit = unit + 1
+    end do
+    write (size, '(f0.1, " ", a)') amount, UNITS(unit)
+    text = trim(size)
+  end function human_size
+
+  ! The date of a count of seconds since 1970. Days are counted in the calendar's cycles of 400 years, from a year
+  ! that begins with March: so the leap day is the last of its year, and the months' beginnings follow a line.
+  function utc_date(seconds) result(text)
+    integer(int64), intent(in) :: seconds
+    character(:), allocatable :: text
+    integer(int64), parameter :: DAY = 86400, CYCLE_DAYS = 146097, FROM_YEAR_0_TO_1970 = 719468
+    integer(int64) :: days, cycle_day, cycle_year, year_day, month, year, second
+    character(40) :: date
+    days = seconds/DAY + FROM_YEAR_0_TO_1970
+    second = modulo(seconds, DAY)
+    if (seconds < 0 .and. second > 0) days = days - 1
+    cycle_day = modulo(days, CYCLE_DAYS)
+    cycle_year = (cycle_day - cycle_day/1460 + cycle_day/36524 - cycle_day/146096)/365
+    year_day = cycle_day - (365*cycle_year + cycle_year/4 - cycle_year/100)
+    month = (5*year_day + 2)/153  ! 0 is March, 10 January of the next year
+    year = 400*((days - cycle_day)/CYCLE_DAYS) + cycle_year + month/10
+    write (date, '(i0.4, 2("-", i2.2), " ", i2.2, 2(":", i2.2))') year, modulo(month + 2, 12_int64) + 1, &
+      year_day - (153*month + 2)/5 + 1, second/3600, mod(second, 3600_int64)/60, mod(second, 60_int64)
+    text = trim(date)
+  end function utc_date
+
+  ! A name as it may go to a terminal or into a file of UTF-8: names may hold any bytes, and control characters,
+  ! backslashes and what is no UTF-8 become octal escapes.
+  function printable(name) result(text)
+    character(*), intent(in) :: name
+    character(:), allocatable :: text
+    character(4*len(name)) :: buffer
+    integer :: i, bytes, length
+    i = 1
+    length = 0
+    do while (i <= len(name))
+      bytes = plain_bytes(name(i:))
+      if (bytes > 0) then
+        buffer(length + 1:length + bytes) = name(i:i + bytes - 1)
+        length = length + bytes
+        i = i + bytes
+      else
+        write (buffer(length + 1:length + 4), '("\", o3.3)') iachar(name(i:i))
+        length = length + 4
+        i = i + 1
+      end if
+    end do
+    text = buffer(1:length)
+  end function printable
+
+  ! How many bytes the first character of a text has; 0 when it is to be escaped.
+  pure integer function plain_bytes(text)
+    character(*), intent(in) :: text
+    integer :: first, lowest, i
+    first = iachar(text(1:1))
+    lowest = 128
+    select case (first)
+    case (32:91, 93:126); plain_bytes = 1
+    case (194:223); plain_bytes = 2
+    case (224:239); plain_bytes = 3
+    case (240:244); plain_bytes = 4
+    case default; plain_bytes = 0
+    end select
+    if (plain_bytes > len(text)) plain_bytes = 0
+    if (first == 194) lowest = 160  ! below are more control characters
+    do i = 2, plain_bytes
+      if (iachar(text(i:i)) < lowest .or. iachar(text(i:i)) > 191) plain_bytes = 0
+    end do
+  end function plain_bytes
+
+  function reason(error) result(text)
+    integer, intent(in) :: error
+    character(:), allocatable :: text
+    select case (error)
+    case (NO_SUCH_FILE); text = 'no such file or directory'
+    case (NO_PERMISSION); text = 'permission denied'
+    case (20); text = 'not a directory'
+    case (36); text = 'the name is too long'
+    case (40); text = 'too many symbolic links'
+    case default; text = 'error '//decimal(int(error, int64))
+    end select
+  end function reason
+end module wording

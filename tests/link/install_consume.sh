@@ -1,0 +1,136 @@
+#!/usr/bin/env bash
+# The installed tree is what its users expect: by path, by pkg-config, by find_package, and wherever it is moved to.
+# shellcheck source=common.bash
+source "$(dirname "$0")/common.bash"
+sources=$SOURCE_DIR/tests/link
+
+prefix=$work/prefix
+"$CMAKE" --install "$BUILD_DIR" --prefix "$prefix" >install.log 2>&1 || { fail 'it does not install'; cat install.log; }
+
+# Ten lines, as a stranger would write them.
+cat >prog.f90 <<'PROGRAM'
+program prog
+  use qxport, only: access, getcwd, ierrno
+  implicit none
+  character(4096) :: directory
+  if (getcwd(directory) /= 0) error stop 'no working directory'
+  if (access(trim(directory), 'rx') /= 0) error stop 'the working directory cannot be read'
+  if (access('/no/such/name', ' ') /= 22) error stop 'there is a name that should not be there'
+  if (ierrno() /= 22) error stop 'the error was not kept'
+  print '(a)', trim(directory)
+end program
+PROGRAM
+cat >prog.c <<'PROGRAM'
+#include <qxport/qxport.h>
+#include <stdio.h>
+
+int main(void) {
+  char directory[4096];
+  const int32_t answer = getcwd_(directory, sizeof(directory));
+  printf("%.*s\n", (int)lnblnk_(directory, sizeof(directory)), directory);
+  return answer;
+}
+PROGRAM
+
+promised_files_are_there() {
+  local file
+  for file in lib/libqxportmt.{so,a} lib/libqxportmt.so.1 lib/libqxcoremt_{gnu,posix}.{so,a} \
+    lib/libqxcoremt_{gnu,posix}.so.1 include/qxport/qxport.{h,mod,f90} lib/pkgconfig/qxport.pc \
+    lib/cmake/qxport/qxportConfig{,Version}.cmake share/man/man3/access.3f share/doc/qxport/html/index.html \
+    share/doc/qxport/LICENSE; do
+    [[ -s $prefix/$file ]] || fail "$file is not installed"
+  done
+  # What users read of it must not lead to this machine's directories.
+  grep -rIlF -e "$BUILD_DIR" -e "$SOURCE_DIR" -e "$prefix" "$prefix/lib/pkgconfig" "$prefix/lib/cmake" \
+    "$prefix/include" "$prefix/share" | expect_empty 'files that name a directory of the build' || true
+}
+
+header_is_that_of_both_languages() {
+  echo '#include <qxport/qxport.h>' >alone.c
+  "$CC" "${target_flags[@]}" -std=c11 -Wall -Wextra -Werror "-I$prefix/include" -fsyntax-only alone.c ||
+    fail 'the header does not compile as C'
+  "$CXX" "${target_flags[@]}" -std=c++17 -Wall -Wextra -Werror "-I$prefix/include" -fsyntax-only -x c++ alone.c ||
+    fail 'the header does not compile as C++'
+  # A weak declaration in a consumer would turn a library that is missing into a call of address 0.
+  grep -E '__attribute__.*weak' "$prefix/include/qxport/qxport.h" | expect_empty 'the header declares weakly' || true
+}
+
+# runs_installed PREFIX PROGRAM: it prints the working directory.
+runs_installed() {
+  local printed
+  if printed=$(LD_LIBRARY_PATH=$1/lib timeout 60 "$2" 2>&1) && [[ $printed == "$PWD" ]]; then
+    return
+  fi
+  fail "$2 does not run: $printed"
+}
+
+# serves_pkg_config PREFIX: the command lines that the README gives. Their words must fall apart as they are.
+# shellcheck disable=SC2046
+serves_pkg_config() {
+  local installed=$1
+  local -x PKG_CONFIG_PATH=$installed/lib/pkgconfig
+  [[ $(pkg-config --modversion qxport) == 1.* ]] || fail 'pkg-config does not know the version'
+
+  "$FC" "${target_flags[@]}" -o by_pc prog.f90 $(pkg-config --cflags --libs qxport) ||
+    fail "no Fortran program by pkg-config from $installed"
+  runs_installed "$installed" ./by_pc
+  readelf -dW by_pc | grep -qF '[libqxportmt.so.1]' || fail 'pkg-config did not give the shared library'
+  "$CC" "${target_flags[@]}" -o by_pc_c prog.c $(pkg-config --cflags --libs qxport-posix) ||
+    fail "no C program by pkg-config from $installed"
+  runs_installed "$installed" ./by_pc_c
+
+  # An instrumented program is never all static.
+  if [[ -z $SANITIZE ]]; then
+    "$FC" "${target_flags[@]}" -o static_by_pc -static prog.f90 $(pkg-config --static --cflags --libs qxport) ||
+      fail "no static Fortran program by pkg-config from $installed"
+    runs_installed /nowhere ./static_by_pc
+    "$CC" "${target_flags[@]}" -o static_by_pc_c -static prog.c \
+      $(pkg-config --static --cflags --libs qxport-posix) || fail "no static C program by pkg-config from $installed"
+    runs_installed /nowhere ./static_by_pc_c
+  fi
+  rm -f by_pc by_pc_c static_by_pc static_by_pc_c
+}
+
+# serves_cmake PREFIX LANGUAGE
+serves_cmake() {
+  local installed=$1 language=$2 project=project_$2 compiler=$FC source=prog.f90 linkage
+  if [[ $language == C ]]; then
+    compiler=$CC source=prog.c
+  fi
+  rm -rf "$project"
+  mkdir "$project"
+  cp "$sources/consumer_$language.cmake" "$project/CMakeLists.txt"
+  cp "$source" "$project/"
+  if ! { "$CMAKE" -S "$project" -B "$project/build" -G "$generator" "-DCMAKE_PREFIX_PATH=$installed" \
+    "-DCMAKE_${language}_COMPILER=$compiler" "-DCMAKE_${language}_FLAGS=${target_flags[*]}" \
+    -DCMAKE_BUILD_TYPE=Release && "$CMAKE" --build "$project/build"; } >project.log 2>&1; then
+    fail "no $language project by find_package from $installed"
+    cat project.log
+    return
+  fi
+  for linkage in shared static; do
+    # Without a search path of ours: CMake's own suffices.
+    runs_installed /nowhere "$project/build/with_$linkage"
+  done
+  readelf -dW "$project/build/with_shared" | grep -qF '[libqxportmt.so.1]' ||
+    fail 'qxport::qxport is not the shared library'
+  readelf -dW "$project/build/with_static" | grep -E 'libqx' | expect_empty 'qxport::qxport_static needs' || true
+}
+
+promised_files_are_there
+header_is_that_of_both_languages
+
+generator=$(sed -n 's/^CMAKE_GENERATOR:INTERNAL=//p' "$BUILD_DIR/CMakeCache.txt")
+serves_pkg_config "$prefix"
+serves_cmake "$prefix" Fortran
+serves_cmake "$prefix" C
+
+# The tree is moved as a whole; CMake also follows it to a place with blanks in its name.
+mv "$prefix" "$work/moved"
+serves_pkg_config "$work/moved"
+mkdir "$work/a place"
+mv "$work/moved" "$work/a place/with blanks"
+serves_cmake "$work/a place/with blanks" Fortran
+serves_cmake "$work/a place/with blanks" C
+
+finish

@@ -1,0 +1,74 @@
+#!/usr/bin/env bash
+# What a user reads and compiles against: the module, the example of every routine, the man pages, the HTML reference.
+# shellcheck source=common.bash
+source "$(dirname "$0")/common.bash"
+
+module_compiles_as_the_standard_has_it() {
+  mkdir modules
+  "$FC" "${target_flags[@]}" -std=f2018 -Wall -Werror -fsyntax-only -J modules "$GENERATED/fortran/qxport.f90" \
+    >module.log 2>&1 || fail 'the module does not compile'
+  cat module.log
+  [[ -s modules/qxport.mod ]] || fail 'there is no qxport.mod'
+}
+
+# Each is a whole program. That a name is an intrinsic of GNU Fortran too is no news: the module's is what it uses.
+examples_compile_and_link() {
+  apigen --examples examples --target "$TARGET"
+  local -a link=("${target_flags[@]}" "${fortran_flags[@]}" -std=f2018 -Wall -Wno-intrinsics-std -Werror
+    "-L$QXPORT_LIB" "-L$QXCORE_LIB")
+  # shellcheck disable=SC2016  # the inner shell expands them
+  find examples -name '*.f90' -print0 |
+    xargs -0 -P "$(nproc)" -I{} "$BASH" -c \
+      '"${@:2}" "$1" -o "${1%.f90}" -lqxportmt -lqxcoremt_gnu >"$1.log" 2>&1 || echo "$1" >"$1.failed"' \
+      example {} "$FC" "${link[@]}"
+  [[ -n $(find examples -name '*.f90') ]] || fail 'there are no examples'
+  local failed
+  while read -r failed; do
+    fail "$failed does not compile or link"
+    cat "${failed%.failed}.log"
+  done < <(find examples -name '*.failed')
+}
+
+# The pages, once through each of the two tools that is there. Minimal images put a script in the place of `man` that
+# says that there are no pages.
+man_pages_render_without_warnings() {
+  local page tools=0
+  local -a pages=("$GENERATED"/man/man*/*)
+  if man --version 2>&1 | grep -q '^man [0-9]'; then
+    tools=$((tools + 1))
+    for page in "${pages[@]}"; do
+      env -u MANPAGER -u MANOPT MANROFFOPT= MANWIDTH=80 man -l --warnings=w -E UTF-8 "$page" 2>&1 >page.text |
+        expect_empty "man warns of $(basename "$page")"
+      grep -q '^NAME' page.text || fail "$(basename "$page") does not render"
+    done
+  fi
+  if command -v groff >/dev/null; then
+    tools=$((tools + 1))
+    for page in "${pages[@]}"; do
+      groff -K utf8 -t -man -ww -z "$page" 2>&1 | expect_empty "groff warns of $(basename "$page")"
+    done
+  fi
+  ((tools > 0)) || fail 'neither man nor groff is here to render the pages'
+}
+
+# Every public routine has its page, under the name by which a program calls it.
+every_routine_has_a_page() {
+  find examples -name '*.f90' -printf '%f\n' | sed 's/\.f90$/.3f/' | sort >wanted
+  find "$GENERATED/man/man3" -name '*.3f' -printf '%f\n' | sort >made
+  comm -23 wanted made | expect_empty 'routines without a man page'
+  local page
+  for page in index.html style.css; do
+    [[ -s $GENERATED/html/$page ]] || fail "there is no html/$page"
+  done
+  sed 's/\.3f$//' made | while read -r page; do
+    grep -qF "$page" "$GENERATED/html/index.html" || echo "$page"
+  done | expect_empty 'not in the index of the HTML reference'
+  "$PYTHON" "$SOURCE_DIR/tests/link/broken_links.py" "$GENERATED/html" |
+    expect_empty 'links of the HTML reference that lead nowhere'
+}
+
+module_compiles_as_the_standard_has_it
+examples_compile_and_link
+man_pages_render_without_warnings
+every_routine_has_a_page
+finish
