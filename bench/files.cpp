@@ -1,7 +1,7 @@
-// File, directory and environment routines, beside the bare system call (with a name that is terminated already) and
-// gfortran's intrinsic of the same purpose.
-#include "callers.h"
+// File, directory and environment routines, beside the bare system call (with a name that is terminated
+// already) and gfortran's intrinsic of the same purpose.
 #include "files.h"
+#include "callers.h"
 #include "ratios.h"
 
 #include <cstdlib>

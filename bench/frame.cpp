@@ -1,5 +1,5 @@
-// Strings across the Fortran boundary, beside the compiler's intrinsics and the same work by hand, and what loading the
-// library costs.
+// Strings across the Fortran boundary, beside the compiler's intrinsics and the same work by hand, and what
+// loading the library costs.
 #include "callers.h"
 #include "files.h"
 #include "frame/strings.h"

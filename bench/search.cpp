@@ -1,5 +1,5 @@
-// File search, deletion and pattern matching, beside the same work done by hand with the system's own calls. Times are
-// those of one entry where many are handled.
+// File search, deletion and pattern matching, beside the same work done by hand with the system's own calls.
+// Times are those of one entry where many are handled.
 #include "callers.h"
 #include "compat/pattern.h"
 #include "files.h"
@@ -164,7 +164,9 @@ void delete_hand(benchmark::State &state) {
 }
 BENCHMARK_CAPTURE(delete_ours, all, TO_DELETE)->Name("delfilesqq/ours")->Iterations(1);
 BENCHMARK(delete_hand)->Name("delfilesqq/readdir, stat, unlink")->Iterations(1);
-BENCHMARK_CAPTURE(delete_ours, tenth, TO_DELETE / 10)->Name("delfilesqq/a tenth of the files")->Iterations(10);
+BENCHMARK_CAPTURE(delete_ours, tenth, TO_DELETE / 10)
+    ->Name("delfilesqq/a tenth of the files")
+    ->Iterations(10);
 
 void pathological_pattern(benchmark::State &state) {
   const std::string name(255, 'a');

@@ -43,7 +43,9 @@ module trees
 
 contains
 
-  ! Why there can be no report on a tree, or nothing when there can.
+  ! Why there can be no report on a tree, or nothing when there can. Here and below something is put behind the path of
+  ! a directory whenever it is used: so blanks at its end are kept, and "/" is searched as "//*", since a search takes no
+  ! specification whose only slash comes first.
   function why_refused(root) result(why)
     character(*), intent(in) :: root
     character(:), allocatable :: why
@@ -133,12 +135,12 @@ contains
     character(:), allocatable :: why
     integer(int64) :: status(13)
     integer :: error
-    if (access(directory, 'rx') == NO_PERMISSION) then
+    if (access(directory//'/.', 'rx') == NO_PERMISSION) then
       why = reason(NO_PERMISSION)
       return
     else if (len(obstacle) == 0) then
       why = 'cannot be opened, or not be read to its end'
-      error = lstati8(directory, status)
+      error = stati8(directory//'/.', status)
     else
       why = 'cut off at "'//printable(obstacle)//'", which cannot be examined'
       error = stati8(directory//'/'//obstacle, status)
@@ -251,12 +253,12 @@ contains
     character(*), intent(in) :: directory
     character(:), allocatable :: why
     type(tree) :: found
-    found%root = walkable(directory)
-    why = why_refused(found%root)
+    why = why_refused(directory)
     if (len(why) > 0) then
       write (error_unit, '(4a)') 'treereport: ', printable(directory), ': ', why
       call exit(1)
     end if
+    found%root = directory
     call survey(found)
     call print_header(directory)
     call print_contents(found)
@@ -265,19 +267,6 @@ contains
     call print_classes(found%classes)
     call print_problems(found)
   end subroutine report
-
-  ! A directory's path as the walk can go on from it. The root of all becomes "/.", since a search takes no
-  ! specification whose only slash comes first; and a blank at the end is kept only in front of something.
-  function walkable(directory) result(root)
-    character(*), intent(in) :: directory
-    character(:), allocatable :: root
-    root = directory(1:verify(directory, '/', back=.true.))
-    if (len(root) == 0) then
-      root = '/.'
-    else if (root(len(root):) == ' ') then
-      root = root//'/.'
-    end if
-  end function walkable
 
   subroutine print_header(directory)
     character(*), intent(in) :: directory

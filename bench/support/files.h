@@ -9,7 +9,9 @@ namespace bench {
 // A CHARACTER variable of the size that programs give to a file's name.
 class Padded {
 public:
-  explicit Padded(const std::string &text = "", size_t length = 80) : text_(text) { text_.resize(length, ' '); }
+  explicit Padded(const std::string &text = "", size_t length = 80) : text_(text) {
+    text_.resize(length, ' ');
+  }
   char *data() { return text_.data(); }
   const char *data() const { return text_.data(); }
   size_t size() const { return text_.size(); }

@@ -55,8 +55,8 @@ void print(const Medians &medians, const Comparison &line) {
   const double theirs = medians.time(routine + "/" + line.peer);
   if (theirs == 0)
     return;
-  printf("%-16s %11.1f ns  %-24s %11.1f ns  ratio %.2f%s\n", line.routine, ours, line.peer, theirs, ours / theirs,
-         verdict(ours / theirs, line.at_most, "%.2f").c_str());
+  printf("%-16s %11.1f ns  %-24s %11.1f ns  ratio %.2f%s\n", line.routine, ours, line.peer, theirs,
+         ours / theirs, verdict(ours / theirs, line.at_most, "%.2f").c_str());
 }
 
 }  // namespace

@@ -11,8 +11,8 @@ namespace bench {
 
 constexpr double NO_LIMIT = std::numeric_limits<double>::infinity();
 
-// One line of the table. The names are those of two benchmarks: "access/ours" and "access/bare call". With an empty
-// peer the limit is for the time itself, in ns.
+// One line of the table. The names are those of two benchmarks: "access/ours" and "access/bare call". With an
+// empty peer the limit is for the time itself, in ns.
 struct Comparison {
   const char *routine;
   const char *peer;
@@ -24,8 +24,8 @@ inline void count_entries(benchmark::State &state, int entries) {
   state.counters["entries"] = entries;
 }
 
-// Repetitions are interleaved in random order, so that what else the machine does falls on all alike, and the table
-// compares medians of processor time. The arguments are those of Google Benchmark.
+// Repetitions are interleaved in random order, so that what else the machine does falls on all alike, and the
+// table compares medians of processor time. The arguments are those of Google Benchmark.
 int run(int argc, char **argv, const std::vector<Comparison> &comparisons);
 
 }  // namespace bench

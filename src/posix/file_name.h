@@ -40,9 +40,9 @@ char *new_copy(const char *text, int32_t length);
 // Owns the NUL-terminated copy of a file name. Without one, errno tells why.
 class FileName {
 public:
-  // The rule: exactly ILEN characters, whatever the variable's length, or with ILEN 0 all without trailing
-  // white space, but at least one. The copy ends at a NUL. A negative ILEN is EINVAL.
-  FileName(const char *text, int32_t ilen, charlen hidden_length);
+  // The name by the rule, whatever the variable's length. A negative ILEN is EINVAL.
+  FileName(const char *text, int32_t ilen, charlen hidden_length)
+      : FileName(text, length_by_rule(text, ilen, hidden_length)) {}
 
   // Exactly `length` characters, which a NUL ends.
   static FileName exactly(const char *text, int32_t length) { return FileName(text, length); }

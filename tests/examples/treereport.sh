@@ -294,23 +294,24 @@ test_depth() {
   reports "$work/steps"
   same_all "$work/steps"
 
-  # A root at the limit, and behind it.
+  # Directories at the limit, and one character behind it.
   local path=$work/limit
   mkdir "$path"
-  while ((${#path} < 1024 - 201)); do path+=/$name; done
-  path+=/$(printf 'e%.0s' $(seq $((1024 - ${#path} - 1))))
-  mkdir -p "$path/x"
-  echo content >"$path/x/file"
-  echo content >"$path/file"
-  same 'length of the path at the limit' 1024 ${#path}
+  while ((${#path} < 1022 - 201)); do path+=/$name; done
+  path+=/$(printf 'e%.0s' $(seq $((1022 - ${#path} - 1))))
+  mkdir -p "$path/x" "$path/xy"
+  echo content | tee "$path/file" "$path/x/file" "$path/xy/file" >/dev/null
+  same 'length of the path two before the limit' 1022 ${#path}
   reports "$path"
-  same 'files in a root at the limit' 1 "$(value files)"
-  same 'what is beyond the limit' '  "x": not entered, its path has more than 1024 characters' \
+  same 'files up to the limit' 2 "$(value files)"
+  same 'what is behind the limit' '  "xy": not entered, its path has more than 1024 characters' \
     "$(section 'Not examined')"
-  report "$path/x"
-  same 'status of a root that is too long' 1 "$status"
-  same 'error of a root that is too long' \
-    "treereport: $path/x: not entered, its path has more than 1024 characters" "$(cat "$work/err")"
+  reports "$path/x"
+  same 'files in a root at the limit' 1 "$(value files)"
+  report "$path/xy"
+  same 'status of a root behind the limit' 1 "$status"
+  same 'error of a root behind the limit' \
+    "treereport: $path/xy: not entered, its path has more than 1024 characters" "$(cat "$work/err")"
 }
 
 test_many() {

@@ -79,7 +79,7 @@ TEST_P(EachKind, NameInEveryCase) {
 }
 
 TEST_P(EachKind, NameEndsAtItsFirstBlank) {
-  for (const char *behind : {" ", "   ", " x", "  stat", " \t", " \0"})
+  for (const char *behind : {" ", "   ", " x", "  stat", " \t"})
     EXPECT_EQ(code_made_by(GetParam().name + behind), GetParam().code) << behind;
   EXPECT_EQ(code_made_by(GetParam().name + std::string(10'000, ' ')), GetParam().code);
 }

@@ -1,0 +1,191 @@
+// The 29 routines for types that no component has: each stores ENONAME where its IERROR stands and touches
+// nothing else.
+#include "record_calls.h"
+
+#include <functional>
+#include <set>
+
+namespace {
+
+constexpr size_t SIZE = 64;
+
+// What a caller hands over, all of it, between guards; with one member for every type that occurs.
+struct Arguments {
+  int32_t handle;
+  Character compnam{"st_size"};
+  Character value{SIZE};
+  Guarded<int32_t> ialen{3};
+  Guarded<int32_t> index{2};
+  Guarded<int32_t> ilen{5};
+
+  template <typename T>
+  T *as() {
+    return reinterpret_cast<T *>(value.data());
+  }
+};
+
+struct Refusal {
+  const char *name;
+  std::function<void(Arguments &, int32_t *ierror)> call;
+};
+
+// IERROR stands 4th, behind VALUE.
+template <typename Value>
+auto scalar(void (*routine)(const int32_t *, const char *, Value *, int32_t *, qxport_charlen)) {
+  return [routine](Arguments &a, int32_t *ierror) {
+    routine(&a.handle, a.compnam.data(), a.as<Value>(), ierror, a.compnam.length());
+  };
+}
+auto scalar(void (*routine)(const int32_t *, const char *, char *, int32_t *, qxport_charlen,
+                            qxport_charlen)) {
+  return [routine](Arguments &a, int32_t *ierror) {
+    routine(&a.handle, a.compnam.data(), a.value.data(), ierror, a.compnam.length(), a.value.length());
+  };
+}
+auto scalar(void (*routine)(const int32_t *, const char *, const char *, int32_t *, qxport_charlen,
+                            qxport_charlen)) {
+  return [routine](Arguments &a, int32_t *ierror) {
+    routine(&a.handle, a.compnam.data(), a.value.data(), ierror, a.compnam.length(), a.value.length());
+  };
+}
+
+// 5th, behind VALUE and IALEN.
+template <typename Value>
+auto array(void (*routine)(const int32_t *, const char *, Value *, const int32_t *, int32_t *,
+                           qxport_charlen)) {
+  return [routine](Arguments &a, int32_t *ierror) {
+    routine(&a.handle, a.compnam.data(), a.as<Value>(), &a.ialen, ierror, a.compnam.length());
+  };
+}
+template <typename Value>
+auto array(void (*routine)(const int32_t *, const char *, Value *, const int32_t *, int32_t *, qxport_charlen,
+                           qxport_charlen)) {
+  return [routine](Arguments &a, int32_t *ierror) {
+    routine(&a.handle, a.compnam.data(), a.as<Value>(), &a.ialen, ierror, a.compnam.length(), 8);
+  };
+}
+
+// 5th, behind INDEX and VALUE.
+template <typename Value>
+auto element(void (*routine)(const int32_t *, const char *, const int32_t *, Value *, int32_t *,
+                             qxport_charlen)) {
+  return [routine](Arguments &a, int32_t *ierror) {
+    routine(&a.handle, a.compnam.data(), &a.index, a.as<Value>(), ierror, a.compnam.length());
+  };
+}
+template <typename Value>
+auto element(void (*routine)(const int32_t *, const char *, const int32_t *, Value *, int32_t *,
+                             qxport_charlen, qxport_charlen)) {
+  return [routine](Arguments &a, int32_t *ierror) {
+    routine(&a.handle, a.compnam.data(), &a.index, a.as<Value>(), ierror, a.compnam.length(), 8);
+  };
+}
+
+// 6th, behind all that a text needs.
+void call_astrget(Arguments &a, int32_t *ierror) {
+  pxfastrget_(&a.handle, a.compnam.data(), a.value.data(), &a.ialen, &a.ilen, ierror, a.compnam.length(), 8);
+}
+void call_astrset(Arguments &a, int32_t *ierror) {
+  pxfastrset_(&a.handle, a.compnam.data(), a.value.data(), &a.ialen, &a.ilen, ierror, a.compnam.length(), 8);
+}
+void call_estrset(Arguments &a, int32_t *ierror) {
+  pxfestrset_(&a.handle, a.compnam.data(), &a.index, a.value.data(), &a.ilen, ierror, a.compnam.length(), 8);
+}
+void call_module_astrget(Arguments &a, int32_t *ierror) {
+  qxport_pxfastrget_(&a.handle, a.compnam.data(), a.value.data(), &a.ialen, &a.ilen, ierror,
+                     a.compnam.length(), 8);
+}
+void call_module_astrset(Arguments &a, int32_t *ierror) {
+  qxport_pxfastrset_(&a.handle, a.compnam.data(), a.value.data(), &a.ialen, &a.ilen, ierror,
+                     a.compnam.length(), 8);
+}
+void call_module_estrset(Arguments &a, int32_t *ierror) {
+  qxport_pxfestrset_(&a.handle, a.compnam.data(), &a.index, a.value.data(), &a.ilen, ierror,
+                     a.compnam.length(), 8);
+}
+
+// Each under its traditional name and under the one that the module binds to.
+#define BOTH(form, routine) {#routine, form(routine##_)}, {"module_" #routine, form(qxport_##routine##_)}
+
+const Refusal REFUSALS[] = {
+    BOTH(scalar, pxfrealget),
+    BOTH(scalar, pxfrealset),
+    BOTH(scalar, pxflgclget),
+    BOTH(scalar, pxflgclset),
+    BOTH(scalar, pxfcharget),
+    BOTH(scalar, pxfcharset),
+    BOTH(scalar, pxfdblget),
+    BOTH(scalar, pxfdblset),
+    BOTH(array, pxfarealget),
+    BOTH(array, pxfarealset),
+    BOTH(element, pxferealget),
+    BOTH(element, pxferealset),
+    BOTH(element, pxfeint8get),
+    BOTH(element, pxfeint8set),
+    BOTH(array, pxfalgclget),
+    BOTH(array, pxfalgclset),
+    BOTH(element, pxfelgclget),
+    BOTH(element, pxfelgclset),
+    BOTH(array, pxfacharget),
+    BOTH(array, pxfacharset),
+    BOTH(element, pxfecharget),
+    BOTH(element, pxfecharset),
+    BOTH(array, pxfadblget),
+    BOTH(array, pxfadblset),
+    BOTH(element, pxfedblget),
+    BOTH(element, pxfedblset),
+    {"pxfastrget", call_astrget},
+    {"module_pxfastrget", call_module_astrget},
+    {"pxfastrset", call_astrset},
+    {"module_pxfastrset", call_module_astrset},
+    {"pxfestrset", call_estrset},
+    {"module_pxfestrset", call_module_estrset},
+};
+static_assert(std::size(REFUSALS) == 2 * 29);
+
+class NoComponent : public testing::TestWithParam<Refusal> {
+protected:
+  static void expect_refusal(int32_t handle) {
+    Arguments arguments{handle};
+    EXPECT_EQ(reported_by([&](int32_t *ierror) { GetParam().call(arguments, ierror); }),
+              refused(NO_SUCH_NAME));
+    EXPECT_EQ(arguments.handle, handle);
+    EXPECT_EQ(arguments.compnam.text(), "st_size");
+    EXPECT_EQ(arguments.value.text(), std::string(SIZE, '#'));
+    EXPECT_EQ(arguments.ialen, 3);
+    EXPECT_EQ(arguments.index, 2);
+    EXPECT_EQ(arguments.ilen, 5);
+  }
+};
+INSTANTIATE_TEST_SUITE_P(Fields, NoComponent, testing::ValuesIn(REFUSALS),
+                         [](const auto &info) { return info.param.name; });
+
+}  // namespace
+
+TEST_P(NoComponent, EveryKind) {
+  for (const KnownKind &kind : known_kinds()) {
+    const OwnedRecord record(kind.name);
+    fill_record(record);
+    const Contents before = contents_of(record);
+    expect_refusal(record);
+    EXPECT_EQ(contents_of(record), before);
+  }
+}
+
+TEST_P(NoComponent, HandleIsNotLookedAt) {
+  const ForeignObject object;
+  for (const int32_t handle : {0, 256, -1, INT32_MAX, INT32_MIN, int32_t{object}})
+    expect_refusal(handle);
+}
+
+// Nothing but IERROR is looked at at all.
+TEST_P(NoComponent, EveryComponentName) {
+  const OwnedRecord record("termios");
+  for (const KnownKind &kind : known_kinds()) {
+    for (const KnownComponent &component : kind.components) {
+      Arguments arguments{record, Character(component.name)};
+      EXPECT_EQ(reported_by([&](int32_t *ierror) { GetParam().call(arguments, ierror); }),
+                refused(NO_SUCH_NAME));
+    }
+  }
+}
