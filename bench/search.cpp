@@ -84,9 +84,9 @@ void enumeration_by_hand(benchmark::State &state) {
       return state.SkipWithError("entries are missing");
   bench::count_entries(state, entries_of(MANY));
 }
-BENCHMARK_CAPTURE(enumeration_ours, many, MANY)->Name("getfileinfoqqi8/ours");
-BENCHMARK(enumeration_by_hand)->Name("getfileinfoqqi8/readdir and stat");
-BENCHMARK_CAPTURE(enumeration_ours, some, SOME)->Name("getfileinfoqqi8/a tenth of the files");
+BENCHMARK_CAPTURE(enumeration_ours, many, MANY)->Name("getfileinfoqqi8/ours")->Repetitions(7);
+BENCHMARK(enumeration_by_hand)->Name("getfileinfoqqi8/readdir and stat")->Repetitions(7);
+BENCHMARK_CAPTURE(enumeration_ours, some, SOME)->Name("getfileinfoqqi8/a tenth of the files")->Repetitions(7);
 
 // The second directory of the list is the large one, and the name is in neither: all of the search is made.
 struct Search {
@@ -162,11 +162,12 @@ void delete_ours(benchmark::State &state, int count) {
 void delete_hand(benchmark::State &state) {
   deletion(state, TO_DELETE, delete_by_hand);
 }
-BENCHMARK_CAPTURE(delete_ours, all, TO_DELETE)->Name("delfilesqq/ours")->Iterations(1);
-BENCHMARK(delete_hand)->Name("delfilesqq/readdir, stat, unlink")->Iterations(1);
+BENCHMARK_CAPTURE(delete_ours, all, TO_DELETE)->Name("delfilesqq/ours")->Iterations(1)->Repetitions(5);
+BENCHMARK(delete_hand)->Name("delfilesqq/readdir, stat, unlink")->Iterations(1)->Repetitions(5);
 BENCHMARK_CAPTURE(delete_ours, tenth, TO_DELETE / 10)
     ->Name("delfilesqq/a tenth of the files")
-    ->Iterations(10);
+    ->Iterations(10)
+    ->Repetitions(5);
 
 void pathological_pattern(benchmark::State &state) {
   const std::string name(255, 'a');

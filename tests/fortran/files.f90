@@ -23,7 +23,7 @@ program files
   use qxport
   implicit none
   integer(4), parameter :: enoent = 2, einval = 22, eisdir = 21, erange = 34, enotempty = 39
-  character(:), allocatable :: directory
+  character(1024) :: directory
   character(4096) :: former
 
   call check(getcwd(former), 0, 'getcwd at the start')
@@ -58,11 +58,10 @@ contains
   end subroutine
 
   subroutine make_directory()
-    character(1024) :: base, name
+    character(1024) :: base
     call getenv('TMPDIR', base)
     if (base == ' ') base = '/tmp'
-    write (name, '(2a, i0)') trim(base), '/qxport.files.', getpid()
-    directory = trim(name)
+    write (directory, '(2a, i0)') trim(base), '/qxport.files.', getpid()
     call check(system('mkdir ' // directory), 0, 'mkdir')
     call check(chdir(directory // '   '), 0, 'chdir into the directory')
   end subroutine

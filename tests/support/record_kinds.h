@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,10 @@ struct KnownKind {
   uint32_t code;
   std::vector<KnownComponent> components;
 };
+
+inline std::ostream &operator<<(std::ostream &out, const KnownKind &kind) {
+  return out << kind.name;
+}
 
 inline const std::vector<KnownKind> &known_kinds() {
   using enum Form;

@@ -141,6 +141,7 @@ TEST(Access, DeniedSearchOfADirectoryIs13) {
   const std::string locked = directory / "locked";
   ASSERT_EQ(mkdir(locked.c_str(), 0), 0);
   as_ordinary_user([&] { EXPECT_EQ(access_of(locked + "/file", " "), remapped(EACCES, EACCES)); });
+  ASSERT_EQ(chmod(locked.c_str(), 0755), 0);
 }
 
 TEST(Access, EachLetterAsksForItsOwnPermission) {

@@ -118,6 +118,7 @@ TEST(Chdir, DeniedSearchIsEacces) {
   ASSERT_EQ(chmod(directory.path().c_str(), 0755), 0);
   ASSERT_EQ(mkdir((directory / "locked").c_str(), 0), 0);
   as_ordinary_user([&] { EXPECT_EQ(chdir_of(directory / "locked"), reported(EACCES)); });
+  ASSERT_EQ(chmod((directory / "locked").c_str(), 0755), 0);
 }
 
 TEST(Unlink, RemovesAFile) {

@@ -2,7 +2,6 @@
 #include "file_search.h"
 
 #include <algorithm>
-#include <fcntl.h>
 #include <filesystem>
 #include <random>
 
@@ -397,10 +396,12 @@ TEST(EnumerationAtScale, HundredThousandFilesAreEnumeratedAndDeleted) {
   constexpr size_t COUNT = 100000;
   const TemporaryDirectory directory;
   const WorkingDirectory inside(directory.path());
-  for (size_t i = 0; i < COUNT; ++i) {
-    const int descriptor = open(std::to_string(i).c_str(), O_CREAT | O_WRONLY, 0600);
-    ASSERT_GE(descriptor, 0);
-    close(descriptor);
+  // Names of a few files, which are made much faster than files.
+  for (size_t i = 0, file = 0; i < COUNT; ++i) {
+    if (i % 10000 == 0)
+      directory.file(std::to_string(file = i));
+    else
+      ASSERT_EQ(link(std::to_string(file).c_str(), std::to_string(i).c_str()), 0);
   }
   std::vector<bool> seen(COUNT);
   Search<Wide> search("*");

@@ -214,13 +214,15 @@ TEST(System, AnswerIsPassedOnUnchanged) {
 }
 
 TEST(Kill, PassesBothNumbersAndTheAnswerUnchanged) {
-  const int32_t numbers[][2] = {{1, 15}, {0, 0}, {-1, 9}, {INT32_MIN, INT32_MAX}, {INT32_MAX, INT32_MIN}};
-  for (const auto &[pid, number] : numbers) {
+  const std::pair<int32_t, int32_t> calls[] = {
+      {1, 15}, {0, 0}, {-1, 9}, {INT32_MIN, INT32_MAX}, {INT32_MAX, INT32_MIN}};
+  for (const auto &call : calls) {
     kill_answer = 0;
-    EXPECT_EQ(outcome_of([&] { return kill_(&pid, &number); }), succeeded());
-    EXPECT_EQ(killed, std::make_pair(pid, number));
+    EXPECT_EQ(outcome_of([&] { return kill_(&call.first, &call.second); }), succeeded());
+    EXPECT_EQ(killed, call);
     kill_answer = -1;
-    EXPECT_EQ(outcome_of([&] { return kill_(&pid, &number); }), (Outcome{-1, {EPERM, SENTINEL, {}}}));
+    EXPECT_EQ(outcome_of([&] { return kill_(&call.first, &call.second); }),
+              (Outcome{-1, {EPERM, SENTINEL, {}}}));
   }
 }
 

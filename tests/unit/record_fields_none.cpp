@@ -3,7 +3,7 @@
 #include "record_calls.h"
 
 #include <functional>
-#include <set>
+#include <ostream>
 
 namespace {
 
@@ -28,6 +28,10 @@ struct Refusal {
   const char *name;
   std::function<void(Arguments &, int32_t *ierror)> call;
 };
+
+std::ostream &operator<<(std::ostream &out, const Refusal &refusal) {
+  return out << refusal.name;
+}
 
 // IERROR stands 4th, behind VALUE.
 template <typename Value>

@@ -14,6 +14,9 @@ struct NumberOfKind {
   std::string kind;
   KnownComponent component;
 };
+std::ostream &operator<<(std::ostream &out, const NumberOfKind &of_kind) {
+  return out << of_kind.kind << ' ' << of_kind.component.name;
+}
 
 std::vector<NumberOfKind> numbers() {
   std::vector<NumberOfKind> numbers;
@@ -27,8 +30,6 @@ std::vector<NumberOfKind> numbers() {
 
 class Number : public testing::TestWithParam<NumberOfKind> {
 protected:
-  void SetUp() override { fill_record(record); }
-
   const std::string &name() const { return GetParam().component.name; }
   Form form() const { return GetParam().component.form; }
   bool is_wide() const { return form() != Form::Number32; }

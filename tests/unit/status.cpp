@@ -222,6 +222,7 @@ TEST(Stat, DeniedSearchIsEacces) {
   ASSERT_EQ(chmod(directory.path().c_str(), 0755), 0);
   ASSERT_EQ(mkdir((directory / "locked").c_str(), 0), 0);
   as_ordinary_user([&] { expect_failure(directory / "locked/file", EACCES); });
+  ASSERT_EQ(chmod((directory / "locked").c_str(), 0755), 0);
 }
 
 template <typename Integer>

@@ -1,0 +1,455 @@
+! ls [-alRtS] [NAME...]: lists files and directories, one name a line, with -l all that is known of each.
+!
+! -a names that begin with a dot too, -R subdirectories too, -t the newest first, -S the largest first.
+! The exit status is 0, or 1 when a subdirectory could not be read, or 2 for a wrong option or name.
+module ls_entries
+  use qxport, only: lstati8, pxfclosedir, pxfconst, pxfgetenv, pxfopendir, pxfreaddir, pxfsetenv, pxfstrget
+  use qxport, only: pxfstructcreate, pxfstructfree, STAT_MTIME, STAT_SIZE
+  use, intrinsic :: iso_fortran_env, only: error_unit, int64
+  implicit none
+  private
+  public :: entry, options, examine, read_directory, sort_entries, complain, exit_status
+
+  type :: entry
+    character(:), allocatable :: name
+    integer(int64) :: status(13) = 0
+    logical :: examined = .false.
+  end type
+
+  type :: option_set
+    logical :: all = .false., long = .false., recursive = .false., by_time = .false., by_size = .false.
+  end type
+
+  type(option_set), save :: options
+  integer, save :: exit_status = 0
+
+contains
+
+  subroutine complain(what, path, error, severity)
+    character(*), intent(in) :: what, path
+    integer, intent(in) :: error, severity
+    character(12), parameter :: known(5) = &
+      [character(12) :: 'ENOENT', 'EACCES', 'ENOTDIR', 'ELOOP', 'ENAMETOOLONG']
+    character(48), parameter :: texts(5) = [character(48) :: 'No such file or directory', 'Permission denied', &
+      'Not a directory', 'Too many levels of symbolic links', 'File name too long']
+    integer :: i, number, ierror
+    character(48) :: text
+    write (text, '(a, i0)') 'error ', error
+    do i = 1, size(known)
+      call pxfconst(known(i), number, ierror)
+      if (ierror == 0 .and. number == error) text = texts(i)
+    end do
+    write (error_unit, '(6a)') 'ls: ', what, " '", path, "': ", trim(text)
+    exit_status = max(exit_status, severity)
+  end subroutine
+
+  ! A link itself, not what it points to. The NUL keeps blanks at the end of a name from being dropped.
+  subroutine examine(path, item, error)
+    character(*), intent(in) :: path
+    type(entry), intent(inout) :: item
+    integer, intent(out) :: error
+    error = lstati8(path//achar(0), item%status)
+    item%examined = error == 0
+  end subroutine
+
+  ! pxfreaddir reports an errno left over from an earlier call at the end of a directory, and a successful pxfgetenv
+  ! leaves 0 there.
+  subroutine clear_error()
+    character(1) :: text
+    integer :: length, ierror
+    call pxfsetenv('LS_F90', 6, '1', 1, 1, ierror)
+    call pxfgetenv('LS_F90', 6, text, length, ierror)
+  end subroutine
+
+  subroutine read_directory(path, entries, error)
+    character(*), intent(in) :: path
+    type(entry), allocatable, intent(out) :: entries(:)
+    integer, intent(out) :: error
+    integer, parameter :: end_of_directory = 128
+    character(256) :: name
+    integer :: stream, record, length, ierror, count
+    allocate (entries(16))
+    count = 0
+    call pxfopendir(path, len(path), stream, error)
+    if (error == 0) then
+      call pxfstructcreate('dirent', record, ierror)
+      call clear_error()
+      do
+        call pxfreaddir(stream, record, error)
+        if (error /= 0) exit
+        call pxfstrget(record, 'd_name', name, length, ierror)
+        if (name(1:1) == '.' .and. .not. options%all) cycle
+        call append(name(:length))
+      end do
+      if (error == end_of_directory) error = 0
+      call pxfstructfree(record, ierror)
+      call pxfclosedir(stream, ierror)
+    end if
+    entries = entries(:count)
+
+  contains
+
+    subroutine append(text)
+      character(*), intent(in) :: text
+      type(entry), allocatable :: more(:)
+      if (count == size(entries)) then
+        allocate (more(2*count))
+        more(:count) = entries
+        call move_alloc(more, entries)
+      end if
+      count = count + 1
+      entries(count)%name = text
+    end subroutine
+
+  end subroutine
+
+  pure logical function precedes(a, b)
+    type(entry), intent(in) :: a, b
+    integer(int64) :: difference
+    difference = 0
+    if (options%by_size) then
+      difference = b%status(STAT_SIZE) - a%status(STAT_SIZE)
+    else if (options%by_time) then
+      difference = b%status(STAT_MTIME) - a%status(STAT_MTIME)
+    end if
+    precedes = difference < 0 .or. (difference == 0 .and. llt_bytes(a%name, b%name))
+  end function
+
+  ! Names are compared byte by byte, whatever their encoding.
+  pure logical function llt_bytes(a, b)
+    character(*), intent(in) :: a, b
+    integer :: i
+    do i = 1, min(len(a), len(b))
+      if (a(i:i) /= b(i:i)) then
+        llt_bytes = ichar(a(i:i)) < ichar(b(i:i))
+        return
+      end if
+    end do
+    llt_bytes = len(a) < len(b)
+  end function
+
+  recursive subroutine merge_sort(entries, order)
+    type(entry), intent(in) :: entries(:)
+    integer, intent(inout) :: order(:)
+    integer :: left(size(order)/2), right(size(order) - size(order)/2)
+    integer :: i, j, k
+    if (size(order) < 2) return
+    left = order(:size(order)/2)
+    right = order(size(order)/2 + 1:)
+    call merge_sort(entries, left)
+    call merge_sort(entries, right)
+    j = 1
+    k = 1
+    do i = 1, size(order)
+      if (k > size(right)) then
+        order(i) = left(j)
+        j = j + 1
+      else if (j > size(left)) then
+        order(i) = right(k)
+        k = k + 1
+      else if (precedes(entries(right(k)), entries(left(j)))) then
+        order(i) = right(k)
+        k = k + 1
+      else
+        order(i) = left(j)
+        j = j + 1
+      end if
+    end do
+  end subroutine
+
+  subroutine sort_entries(entries)
+    type(entry), allocatable, intent(inout) :: entries(:)
+    integer :: order(size(entries))
+    integer :: i
+    order = [(i, i=1, size(entries))]
+    call merge_sort(entries, order)
+    entries = entries(order)
+  end subroutine
+
+end module
+
+module ls_long
+  use ls_entries, only: entry
+  use qxport, only: pxfgetgrgid, pxfgetpwuid, pxflocaltime, pxfstrget, pxfstructcreate, pxftime
+  use qxport, only: MODE_BLOCK_DEVICE, MODE_CHARACTER_DEVICE, MODE_DIRECTORY, MODE_FIFO, MODE_REGULAR, MODE_SOCKET
+  use qxport, only: MODE_SYMLINK, MODE_TYPE_MASK, STAT_GID, STAT_LINKS, STAT_MODE, STAT_MTIME, STAT_RDEV, STAT_SIZE
+  use qxport, only: STAT_UID
+  use, intrinsic :: iso_fortran_env, only: int64
+  implicit none
+  private
+  public :: is_directory, print_long
+
+contains
+
+  pure logical function is_directory(item)
+    type(entry), intent(in) :: item
+    is_directory = iand(int(item%status(STAT_MODE)), MODE_TYPE_MASK) == MODE_DIRECTORY
+  end function
+
+  pure function mode_text(mode) result(text)
+    integer, intent(in) :: mode
+    character(10) :: text
+    integer, parameter :: types(7) = [MODE_REGULAR, MODE_DIRECTORY, MODE_SYMLINK, MODE_CHARACTER_DEVICE, &
+      MODE_BLOCK_DEVICE, MODE_FIFO, MODE_SOCKET]
+    character(7), parameter :: letters = '-dlcbps', special = 'sst'
+    character(9), parameter :: permissions = 'rwxrwxrwx'
+    integer :: i
+    text = '?---------'
+    do i = 1, 7
+      if (iand(mode, MODE_TYPE_MASK) == types(i)) text(1:1) = letters(i:i)
+    end do
+    do i = 1, 9
+      if (btest(mode, 9 - i)) text(i + 1:i + 1) = permissions(i:i)
+    end do
+    ! Set-user-id, set-group-id and sticky show in the place of x: small with it, capital without.
+    do i = 1, 3
+      if (.not. btest(mode, 12 - i)) cycle
+      if (btest(mode, 9 - 3*i)) then
+        text(3*i + 1:3*i + 1) = special(i:i)
+      else
+        text(3*i + 1:3*i + 1) = achar(iachar(special(i:i)) - 32)
+      end if
+    end do
+  end function
+
+  function number_text(value) result(text)
+    integer(int64), intent(in) :: value
+    character(:), allocatable :: text
+    character(20) :: buffer
+    write (buffer, '(i0)') value
+    text = trim(buffer)
+  end function
+
+  ! The name of a user (kind 'passwd') or a group, or the number of one that has no name.
+  function id_text(kind, id) result(text)
+    character(*), intent(in) :: kind
+    integer, intent(in) :: id
+    character(:), allocatable :: text
+    integer, save :: users = 0, groups = 0
+    character(256) :: name
+    integer :: ierror, length
+    if (users == 0) call pxfstructcreate('passwd', users, ierror)
+    if (groups == 0) call pxfstructcreate('group', groups, ierror)
+    length = 0
+    ! A lookup that succeeds leaves ierror alone, and one that finds nobody may set it to 0: the record tells.
+    ierror = -1
+    if (kind == 'passwd') then
+      call pxfgetpwuid(id, users, ierror)
+      if (ierror == -1) call pxfstrget(users, 'pw_name', name, length, ierror)
+    else
+      call pxfgetgrgid(id, groups, ierror)
+      if (ierror == -1) call pxfstrget(groups, 'gr_name', name, length, ierror)
+    end if
+    if (length > 0) then
+      text = name(:length)
+    else
+      text = number_text(iand(int(id, int64), int(z'ffffffff', int64)))
+    end if
+  end function
+
+  ! Recent times with hour and minute, others with the year.
+  function time_text(seconds) result(text)
+    integer(int64), intent(in) :: seconds
+    character(12) :: text
+    character(3), parameter :: months(12) = ['Jan', 'Feb', 'Mar', 'Apr', 'May', 'Jun', 'Jul', 'Aug', 'Sep', 'Oct', &
+      'Nov', 'Dec']
+    integer, parameter :: half_a_year = 31556952/2
+    integer :: local(9), now, ierror
+    call pxftime(now, ierror)
+    call pxflocaltime(int(seconds), local, ierror)
+    if (seconds <= now .and. seconds > now - half_a_year) then
+      write (text, '(a, i3, i3.2, a, i2.2)') months(local(5)), local(4), local(3), ':', local(2)
+    else
+      write (text, '(a, i3, i6)') months(local(5)), local(4), local(6)
+    end if
+  end function
+
+  function size_text(item) result(text)
+    type(entry), intent(in) :: item
+    character(:), allocatable :: text
+    character(24) :: buffer
+    integer(int64) :: device
+    integer :: kind
+    kind = iand(int(item%status(STAT_MODE)), MODE_TYPE_MASK)
+    if (kind == MODE_CHARACTER_DEVICE .or. kind == MODE_BLOCK_DEVICE) then
+      device = item%status(STAT_RDEV)
+      write (buffer, '(i0, a, i3)') iand(ishft(device, -8), 4095_int64), ', ', &
+        ior(iand(device, 255_int64), iand(ishft(device, -12), int(z'fff00', int64)))
+      text = trim(buffer)
+    else
+      text = number_text(item%status(STAT_SIZE))
+    end if
+  end function
+
+  subroutine print_long(entries)
+    type(entry), intent(in) :: entries(:)
+    type :: row
+      character(:), allocatable :: links, owner, group, size
+    end type
+    type(row), allocatable :: rows(:)
+    integer :: widths(4), i
+    allocate (rows(size(entries)))
+    widths = 0
+    do i = 1, size(entries)
+      associate (status => entries(i)%status)
+        rows(i)%links = number_text(status(STAT_LINKS))
+        rows(i)%owner = id_text('passwd', int(status(STAT_UID)))
+        rows(i)%group = id_text('group', int(status(STAT_GID)))
+        rows(i)%size = size_text(entries(i))
+      end associate
+      widths = max(widths, [len(rows(i)%links), len(rows(i)%owner), len(rows(i)%group), len(rows(i)%size)])
+    end do
+    do i = 1, size(entries)
+      print '(12a)', mode_text(int(entries(i)%status(STAT_MODE))), ' ', &
+        repeat(' ', widths(1) - len(rows(i)%links)), rows(i)%links, ' ', &
+        rows(i)%owner//repeat(' ', widths(2) - len(rows(i)%owner)), ' ', &
+        rows(i)%group//repeat(' ', widths(3) - len(rows(i)%group)), ' ', &
+        repeat(' ', widths(4) - len(rows(i)%size))//rows(i)%size, ' ', &
+        time_text(entries(i)%status(STAT_MTIME))//' '//entries(i)%name
+    end do
+  end subroutine
+
+end module
+
+program ls
+  use ls_entries
+  use ls_long
+  use qxport, only: exit
+  use, intrinsic :: iso_fortran_env, only: error_unit
+  implicit none
+  type(entry), allocatable :: operands(:), files(:), directories(:)
+  logical :: something_printed = .false., with_headers
+  integer :: i
+
+  call read_command_line(operands)
+  do i = 1, size(operands)
+    call classify(operands(i))
+  end do
+  files = chosen(operands, .false.)
+  directories = chosen(operands, .true.)
+  with_headers = size(operands) > 1 .or. options%recursive
+  call sort_entries(files)
+  call sort_entries(directories)
+  call print_entries(files)
+  do i = 1, size(directories)
+    call list_directory(directories(i)%name, 2)
+  end do
+  call exit(exit_status)
+
+contains
+
+  function argument(number) result(text)
+    integer, intent(in) :: number
+    character(:), allocatable :: text
+    integer :: length
+    call get_command_argument(number, length=length)
+    allocate (character(length) :: text)
+    if (length > 0) call get_command_argument(number, text)
+  end function
+
+  subroutine read_command_line(names)
+    type(entry), allocatable, intent(out) :: names(:)
+    type(entry) :: operand
+    character(:), allocatable :: text
+    logical :: options_ended
+    integer :: number, place
+    allocate (names(0))
+    options_ended = .false.
+    do number = 1, command_argument_count()
+      text = argument(number)
+      if (options_ended .or. len(text) < 2 .or. text(1:min(1, len(text))) /= '-') then
+        operand%name = text
+        names = [names, operand]
+      else if (text == '--') then
+        options_ended = .true.
+      else
+        do place = 2, len(text)
+          call set_option(text(place:place))
+        end do
+      end if
+    end do
+    if (size(names) == 0) then
+      operand%name = '.'
+      names = [operand]
+    end if
+  end subroutine
+
+  subroutine set_option(letter)
+    character, intent(in) :: letter
+    select case (letter)
+    case ('a')
+      options%all = .true.
+    case ('l')
+      options%long = .true.
+    case ('R')
+      options%recursive = .true.
+    case ('t')
+      options%by_time = .true.
+    case ('S')
+      options%by_size = .true.
+    case default
+      write (error_unit, '(3a)') 'ls: unknown option -', letter, '; usage: ls [-alRtS] [NAME...]'
+      call exit(2)
+    end select
+  end subroutine
+
+  subroutine classify(operand)
+    type(entry), intent(inout) :: operand
+    integer :: error
+    call examine(operand%name, operand, error)
+    if (error /= 0) call complain('cannot access', operand%name, error, 2)
+  end subroutine
+
+  ! Those that are directories, or those that are not.
+  function chosen(entries, wanted) result(kept)
+    type(entry), intent(in) :: entries(:)
+    logical, intent(in) :: wanted
+    type(entry), allocatable :: kept(:)
+    logical :: mask(size(entries))
+    integer :: place
+    do place = 1, size(entries)
+      mask(place) = entries(place)%examined .and. (is_directory(entries(place)) .eqv. wanted)
+    end do
+    kept = entries(pack([(place, place=1, size(entries))], mask))
+  end function
+
+  subroutine print_entries(entries)
+    type(entry), intent(in) :: entries(:)
+    integer :: place
+    if (size(entries) == 0) return
+    something_printed = .true.
+    if (options%long) then
+      call print_long(entries)
+    else
+      do place = 1, size(entries)
+        print '(a)', entries(place)%name
+      end do
+    end if
+  end subroutine
+
+  recursive subroutine list_directory(path, severity)
+    character(*), intent(in) :: path
+    integer, intent(in) :: severity
+    type(entry), allocatable :: entries(:)
+    integer :: place, error
+    call read_directory(path, entries, error)
+    if (error /= 0) call complain('cannot open directory', path, error, severity)
+    if (with_headers) then
+      if (something_printed) print '(a)'
+      print '(2a)', path, ':'
+      something_printed = .true.
+    end if
+    do place = 1, size(entries)
+      call examine(path//'/'//entries(place)%name, entries(place), error)
+      if (error /= 0) call complain('cannot access', path//'/'//entries(place)%name, error, 1)
+    end do
+    call sort_entries(entries)
+    call print_entries(entries)
+    if (.not. options%recursive) return
+    do place = 1, size(entries)
+      if (entries(place)%name == '.' .or. entries(place)%name == '..') cycle
+      if (is_directory(entries(place))) call list_directory(path//'/'//entries(place)%name, 1)
+    end do
+  end subroutine
+
+end program

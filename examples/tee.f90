@@ -1,0 +1,100 @@
+! tee [-a] [FILE...]: copies its standard input to its standard output and to each file; -a appends.
+!
+! All of it through descriptors, so that it serves pipes, FIFOs and terminals byte by byte as they come.
+program tee
+  use qxport, only: exit, pxfclose, pxfconst, pxfopen, pxfread, pxfsigaction, pxfstructcreate, pxfintset, pxfwrite
+  use, intrinsic :: iso_fortran_env, only: error_unit
+  implicit none
+  integer, parameter :: capacity = 65536, permissions = int(o'666')
+  type :: target
+    character(:), allocatable :: name
+    integer :: descriptor
+  end type
+  type(target), allocatable :: targets(:)
+  character(capacity) :: buffer
+  integer :: count, error, i, eintr, status = 0
+
+  call ignore_broken_pipes()
+  call open_targets(targets)
+  eintr = constant('EINTR')
+  do
+    call pxfread(0, buffer, capacity, count, error)
+    if (error == eintr) cycle
+    if (error /= 0) call complain('standard input', error)
+    if (count <= 0) exit
+    do i = 1, size(targets)
+      call write_all(targets(i), buffer(:count))
+    end do
+  end do
+  do i = 1, size(targets)
+    if (targets(i)%descriptor < 0) cycle
+    call pxfclose(targets(i)%descriptor, error)
+    if (error /= 0) call complain(targets(i)%name, error)
+  end do
+  call exit(status)
+
+contains
+
+  integer function constant(name)
+    character(*), intent(in) :: name
+    integer :: ierror
+    call pxfconst(name, constant, ierror)
+    if (ierror /= 0) error stop 'tee: unknown constant'
+  end function
+
+  ! A reader that goes away must not end the copying to the others.
+  subroutine ignore_broken_pipes()
+    integer :: action, ierror
+    call pxfstructcreate('sigaction', action, ierror)
+    call pxfintset(action, 'sa_handler', constant('SIG_IGN'), ierror)
+    call pxfsigaction(constant('SIGPIPE'), action, 0, ierror)
+  end subroutine
+
+  subroutine open_targets(opened)
+    type(target), allocatable, intent(out) :: opened(:)
+    character(:), allocatable :: name
+    integer :: flags, number, length, ierror
+    flags = ior(constant('O_WRONLY'), constant('O_CREAT'))
+    opened = [target('standard output', 1)]
+    do number = 1, command_argument_count()
+      call get_command_argument(number, length=length)
+      name = repeat(' ', length)
+      call get_command_argument(number, name)
+      if (number == 1 .and. name == '-a') then
+        flags = ior(flags, constant('O_APPEND'))
+        cycle
+      end if
+      if (iand(flags, constant('O_APPEND')) == 0) flags = ior(flags, constant('O_TRUNC'))
+      opened = [opened, target(name, -1)]
+      associate (last => opened(size(opened)))
+        call pxfopen(name, len(name), flags, permissions, last%descriptor, ierror)
+        if (ierror /= 0) call complain(name, ierror)
+      end associate
+    end do
+  end subroutine
+
+  ! A target that failed once is left alone from then on.
+  subroutine write_all(to, text)
+    type(target), intent(inout) :: to
+    character(*), intent(in) :: text
+    integer :: done, written, ierror
+    done = 0
+    do while (to%descriptor >= 0 .and. done < len(text))
+      call pxfwrite(to%descriptor, text(done + 1:), len(text) - done, written, ierror)
+      if (ierror == 0) then
+        done = done + written
+      else if (ierror /= eintr) then
+        call complain(to%name, ierror)
+        to%descriptor = -1
+      end if
+    end do
+  end subroutine
+
+  subroutine complain(name, ierror)
+    character(*), intent(in) :: name
+    integer, intent(in) :: ierror
+    write (error_unit, '(3a, i0)') 'tee: ', name, ': error ', ierror
+    status = 1
+  end subroutine
+
+end program
