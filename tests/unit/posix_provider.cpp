@@ -1,0 +1,149 @@
+// The provider without a Fortran run-time: its units are descriptors.
+#include "recorder.h"
+
+#include "core/contract.h"
+
+#include <climits>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+TEST(PosixProvider, TheStandardUnits) {
+  EXPECT_EQ(__msportlib_d_gethandle(0, nullptr, nullptr), STDERR_FILENO);
+  EXPECT_EQ(__msportlib_d_gethandle(5, nullptr, nullptr), STDIN_FILENO);
+  EXPECT_EQ(__msportlib_d_gethandle(6, nullptr, nullptr), STDOUT_FILENO);
+  for (const intptr_t unit : {1, 7, -1, INT_MAX, INT_MIN})
+    EXPECT_EQ(__msportlib_d_gethandle(unit, nullptr, nullptr), -1);
+}
+
+TEST(PosixProvider, FdopenEntersAndReplacesAUnit) {
+  const TemporaryDirectory directory;
+  const int first = open(directory.file("first").c_str(), O_RDWR | O_CLOEXEC);
+  const int second = open(directory.file("second").c_str(), O_RDONLY | O_CLOEXEC);
+  EXPECT_EQ(for_fdopen(first, 40, "r+", 2), 0);
+  EXPECT_EQ(__msportlib_d_gethandle(40, nullptr, nullptr), first);
+  EXPECT_EQ(for_fdopen(second, 40, "READ  ", 6), 0);
+  EXPECT_EQ(__msportlib_d_gethandle(40, nullptr, nullptr), second);
+  close(first);
+  close(second);
+}
+
+TEST(PosixProvider, FdopenChecksTheDescriptorAndTheAccess) {
+  const int null = open("/dev/null", O_RDONLY | O_CLOEXEC);
+  EXPECT_EQ(for_fdopen(-1, 41, "r", 1), EBADF);
+  EXPECT_EQ(for_fdopen(99999, 41, "r", 1), EBADF);
+  EXPECT_EQ(for_fdopen(null, 41, "w", 1), EINVAL);
+  EXPECT_EQ(for_fdopen(null, 41, "rw", 2), EINVAL);
+  EXPECT_EQ(for_fdopen(null, 41, "x", 1), EINVAL);
+  EXPECT_EQ(__msportlib_d_gethandle(41, nullptr, nullptr), -1);
+  EXPECT_EQ(for_fdopen(null, 41, nullptr, 0), 0);
+  EXPECT_EQ(for_fdopen(null, 41, "   ", 3), 0);
+  close(null);
+}
+
+TEST(PosixProvider, TheNameIsTheFilesAndIsCutAtTheCapacity) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.file("named");
+  const int fd = open(path.c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_EQ(for_fdopen(fd, 42, "r+", 2), 0);
+  Character name(300);
+  int64_t length = 300;
+  EXPECT_EQ(__msportlib_d_gethandle(42, name.data(), &length), fd);
+  EXPECT_EQ(name.text().substr(0, static_cast<size_t>(length)), path);
+  Character few(4);
+  length = 4;
+  __msportlib_d_gethandle(42, few.data(), &length);
+  EXPECT_EQ(length, 4);
+  EXPECT_EQ(few.text(), path.substr(0, 4));
+  length = 0;
+  __msportlib_d_gethandle(42, few.data(), &length);
+  EXPECT_EQ(length, 0);
+  close(fd);
+}
+
+TEST(PosixProvider, CharactersAndPositions) {
+  const TemporaryDirectory directory;
+  const int fd = open(directory.file("text", "ab").c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_EQ(for_fdopen(fd, 43, "r+", 2), 0);
+  EXPECT_EQ(__msportlib_d_readchar(43), 'a');
+  EXPECT_EQ(__msportlib_d_curpos(43), 1);
+  EXPECT_EQ(__msportlib_d_readchar(43), 'b');
+  EXPECT_EQ(__msportlib_d_readchar(43), READ_END);
+  EXPECT_EQ(__msportlib_d_writechar(43, 0xe9), 0);
+  EXPECT_EQ(__msportlib_d_fseek(43, -1, SEEK_END), 0);
+  EXPECT_EQ(__msportlib_d_readchar(43), 0xe9);
+  EXPECT_EQ(__msportlib_d_fseek_i8(43, 0x100000000, SEEK_SET), 0);
+  EXPECT_EQ(__msportlib_d_curpos_i8(43), 0x100000000);
+  EXPECT_EQ(__msportlib_d_fseek(43, -1, SEEK_SET), -EINVAL);
+  EXPECT_EQ(__msportlib_d_curpos_i8(43), 0x100000000);
+  const int32_t unit = 43;
+  EXPECT_EQ(flushqq_(&unit), 1);
+  EXPECT_EQ(commitqq_(&unit), 1);
+  close(fd);
+  EXPECT_EQ(__msportlib_d_readchar(43), -EBADF);
+  EXPECT_EQ(__msportlib_d_writechar(43, 'x'), -EBADF);
+}
+
+TEST(PosixProvider, UnconnectedUnits) {
+  const int32_t unit = 77;
+  EXPECT_EQ(__msportlib_d_readchar(unit), -EBADF);
+  EXPECT_EQ(__msportlib_d_writechar(unit, 'x'), -EBADF);
+  EXPECT_EQ(__msportlib_d_fseek(unit, 0, SEEK_SET), -EBADF);
+  EXPECT_EQ(__msportlib_d_curpos(unit), -EBADF);
+  EXPECT_EQ(flushqq_(&unit), 0);
+  EXPECT_EQ(commitqq_(&unit), 0);
+}
+
+TEST(PosixProvider, APipeHasNoPositionAndIsCommittedAsItIs) {
+  int ends[2];
+  ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+  const int32_t unit = 44;
+  ASSERT_EQ(for_fdopen(ends[1], unit, "w", 1), 0);
+  EXPECT_EQ(__msportlib_d_curpos(unit), -ESPIPE);
+  EXPECT_EQ(__msportlib_d_fseek(unit, 0, SEEK_SET), -ESPIPE);
+  EXPECT_EQ(commitqq_(&unit), 1);
+  close(ends[0]);
+  close(ends[1]);
+}
+
+TEST(PosixProvider, TheFlagIsStoredAndTheFormerAnswered) {
+  const int32_t on = 3, off = 0;
+  EXPECT_EQ(__msportlib_set_posix_io_flag(&on), 0);
+  EXPECT_EQ(__msportlib_set_posix_io_flag(&off), 3);
+  EXPECT_EQ(__msportlib_set_posix_io_flag(&off), 0);
+}
+
+TEST(PosixProvider, TheCommandLineOfAProgramWhoseMainIsNotFortran) {
+  ASSERT_GE(for_nargs(), 1);
+  Character value(400, '#');
+  int32_t number = 0, length = SENTINEL;
+  for_getarg(&number, value.data(), &length, value.length());
+  const std::string name = value.text().substr(0, static_cast<size_t>(length));
+  EXPECT_NE(name.find("posix_provider"), std::string::npos);
+  EXPECT_EQ(value.text(), padded(name, 400));
+  Character few(3);
+  for_getarg(&number, few.data(), &length, few.length());
+  EXPECT_EQ(few.text(), name.substr(0, 3));
+  EXPECT_EQ(static_cast<size_t>(length), name.size());
+  for (number = -1; number < for_nargs() + 2; number += for_nargs() + 1) {
+    for_getarg(&number, few.data(), &length, few.length());
+    EXPECT_EQ(length, -1);
+    EXPECT_EQ(few.text(), "   ");
+  }
+}
+
+// Last, since what it enters stays.
+TEST(PosixProvider, AFullTableIsEmfile) {
+  const int null = open("/dev/null", O_RDONLY | O_CLOEXEC);
+  int32_t entered = 0;
+  while (for_fdopen(null, 1000 + entered, "r", 1) == 0 && entered < 10000)
+    ++entered;
+  EXPECT_GT(entered, 90);
+  EXPECT_LE(entered, 97);
+  EXPECT_EQ(for_fdopen(null, 5000, "r", 1), EMFILE);
+  EXPECT_EQ(for_fdopen(null, 1000, "r", 1), 0);
+  close(null);
+}
+
+}  // namespace
