@@ -28,6 +28,7 @@ void abort_(const char *msg, charlen msg_len) {
   memcpy(text, ABORT_PREFIX, PREFIX_LENGTH);
   const size_t count = strnlen(msg, std::min(length_of(msg_len), ABORT_MESSAGE_LIMIT));
   memcpy(text + PREFIX_LENGTH, msg, count);
+  text[PREFIX_LENGTH + count] = '\0';
   for_abort(text, static_cast<int32_t>(PREFIX_LENGTH + count));
 }
 

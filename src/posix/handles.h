@@ -24,11 +24,16 @@ constexpr int32_t RESERVED_STATIC_SLOTS = 15;
 
 extern "C" {
 
+// All that runs when the library is loaded and unloaded. The priority is the earliest that is not reserved,
+// so a program's own constructors find the tables ready and never see their records wiped. The attribute
+// stands here, not on functions apart, so that a static link takes the two wherever it takes the tables.
+#define QXPORT_FIRST_PRIORITY 101
+
 // Prepares both first blocks; 0.
-int32_t init_handle_table();
+__attribute__((constructor(QXPORT_FIRST_PRIORITY))) int32_t init_handle_table();
 
 // Releases the further blocks of both tables. Records that are still entered are not touched.
-void destroy_handle_table();
+__attribute__((destructor(QXPORT_FIRST_PRIORITY))) void destroy_handle_table();
 
 // A new handle, in the lowest free slot; 0 when memory ran out. An address entered twice gets two handles.
 int32_t get_handle_from_alloc_address(void *address);

@@ -7,7 +7,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
-#include <functional>
 #include <grp.h>
 #include <unistd.h>
 
@@ -95,8 +94,9 @@ TEST(Ids, RealAndEffectiveOnesAreToldApart) {
 
 TEST(Ids, LargeNumberReadsAsANegativeOne) {
   in_child([] {
-    if (geteuid() == 0)
+    if (geteuid() == 0) {
       ASSERT_EQ(setresuid(4294967294U, 4294967293U, 0), 0);
+    }
     expect_ids_of_the_host();
   });
 }

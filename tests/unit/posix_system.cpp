@@ -185,12 +185,10 @@ TEST_F(Pxftimes, IsTheHosts) {
   const clock_t last = times(&after);
   EXPECT_LE(static_cast<uint32_t>(itime_.value() - static_cast<int32_t>(first)),
             static_cast<uint32_t>(last - first));
-  int64_t user, children;
-  ASSERT_EQ(int8get(record_, "tms_utime", &user), succeeded());
-  ASSERT_EQ(int8get(record_, "tms_cutime", &children), succeeded());
-  EXPECT_GE(user, before.tms_utime);
-  EXPECT_LE(user, after.tms_utime);
-  EXPECT_EQ(children, after.tms_cutime);
+  const auto &used = record_as<qxport::TmsRecord>(record_);
+  EXPECT_GE(used.tms_utime, before.tms_utime);
+  EXPECT_LE(used.tms_utime, after.tms_utime);
+  EXPECT_EQ(used.tms_cutime, after.tms_cutime);
 }
 
 #if UINTPTR_MAX > UINT32_MAX
