@@ -166,8 +166,8 @@ int32_t enumerate(SearchState *search, const char *files, Record *record, intptr
   return static_cast<int32_t>(name_length);
 }
 
-SearchState search;
-SearchState search_i8;
+constinit SearchState search{};
+constinit SearchState search_i8{};
 
 }  // namespace
 
