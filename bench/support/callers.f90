@@ -118,3 +118,38 @@ integer function gnu_index_back(text, part)
   intrinsic :: index
   gnu_index_back = index(text, part, back=.true.)
 end function
+
+! Reads a unit of a whole file character by character; how many there were.
+integer function qx_count_characters(unit)
+  use qxport, only: pxffgetc, pxffseek
+  implicit none
+  integer, intent(in) :: unit
+  character :: ch
+  integer :: ierror
+  call pxffseek(unit, 0, 0, ierror)
+  qx_count_characters = -1
+  do while (ierror == 0)
+    qx_count_characters = qx_count_characters + 1
+    call pxffgetc(unit, ch, ierror)
+  end do
+end function
+
+integer function gnu_count_characters(unit)
+  implicit none
+  integer, intent(in) :: unit
+  intrinsic :: fgetc, fseek
+  character :: ch
+  integer :: status
+  call fseek(unit, 0, 0, status)
+  gnu_count_characters = -1
+  do while (status == 0)
+    gnu_count_characters = gnu_count_characters + 1
+    call fgetc(unit, ch, status)
+  end do
+end function
+
+integer function open_for_reading(path)
+  implicit none
+  character(*), intent(in) :: path
+  open (newunit=open_for_reading, file=path, action='read', status='old')
+end function

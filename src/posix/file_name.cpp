@@ -6,6 +6,9 @@
 using namespace qxport;
 
 int32_t qxport::length_without_space(const char *text, int32_t length) {
+  // Blanks are what there is as a rule, and quick to drop; a text of blanks keeps one.
+  if (length > 1)
+    length = std::max(static_cast<int32_t>(trimmed_length(text, length)), 1);
   while (length > 1 && is_space(text[length - 1]))
     --length;
   return length;

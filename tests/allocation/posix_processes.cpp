@@ -37,7 +37,8 @@ Outcome execvp_of(const Vectors &v) {
 }
 Outcome execve_of(const Vectors &v) {
   return reported_by([&](int32_t *ierror) {
-    pxfexecve_(PATH, &v.zero, v.argv, v.lengths, &v.three, v.env, v.lengths, &v.two, ierror, PATH_LENGTH, 8, 8);
+    pxfexecve_(PATH, &v.zero, v.argv, v.lengths, &v.three, v.env, v.lengths, &v.two, ierror, PATH_LENGTH, 8,
+               8);
   });
 }
 
@@ -109,8 +110,8 @@ TEST(Setenv, NoMemoryIs12AndSetsNothing) {
   const int32_t zero = 0, one = 1;
   Outcome outcome;
   const auto set = [&] {
-    outcome = reported_by(
-        [&](int32_t *ierror) { pxfsetenv_("NAME", &zero, "value", &zero, &one, ierror, 4, 5); });
+    outcome =
+        reported_by([&](int32_t *ierror) { pxfsetenv_("NAME", &zero, "value", &zero, &one, ierror, 4, 5); });
   };
   EXPECT_EQ(fail_each_allocation(set,
                                  [&](size_t) {
@@ -142,7 +143,8 @@ TEST(Clearenv, NoMemoryIs12AndStopsThere) {
   const auto clear_three = [&] {
     environment.set({"A=1", long_name + "=2", "C=3"});
     outcome = clear();
-    left.push_back((getenv("A") != nullptr) + (getenv(long_name.c_str()) != nullptr) + (getenv("C") != nullptr));
+    left.push_back((getenv("A") != nullptr) + (getenv(long_name.c_str()) != nullptr) +
+                   (getenv("C") != nullptr));
   };
   EXPECT_EQ(fail_each_allocation(clear_three, [&](size_t n) { EXPECT_EQ(outcome, NO_MEMORY) << n; }), 2u);
   EXPECT_EQ(outcome, succeeded());

@@ -225,8 +225,7 @@ TEST_F(Getenv, ValueThatFits) {
 TEST_F(Getenv, CutValueIs129WithErrno129AndTheFullLength) {
   const Environment environment({"NAME=value"});
   for (const size_t length : {4u, 1u, 0u})
-    EXPECT_EQ(get("NAME", 0, length),
-              (Answer{std::string("value").substr(0, length), 5, refused(CUT, CUT)}));
+    EXPECT_EQ(get("NAME", 0, length), (Answer{std::string("value").substr(0, length), 5, refused(CUT, CUT)}));
 }
 
 TEST_F(Getenv, LongNamesAndValues) {
@@ -259,7 +258,8 @@ protected:
     return all;
   }
   // The one entry that a call makes.
-  static std::string made(const std::string &name, int32_t lenname, const std::string &value, int32_t lenval) {
+  static std::string made(const std::string &name, int32_t lenname, const std::string &value,
+                          int32_t lenval) {
     clearenv();
     EXPECT_EQ(set(name, lenname, value, lenval), succeeded());
     const std::vector<std::string> all = entries();
@@ -355,7 +355,8 @@ TEST_F(Clearenv, LeavesAnEmptyEnvironmentAnd0) {
 }
 
 TEST_F(Clearenv, EntriesOfAnyForm) {
-  const Environment environment({"=x", "A=1", "no equals sign", "=", "", "=y=z", "A=1", "A=2", "A", "B=", "last"});
+  const Environment environment(
+      {"=x", "A=1", "no equals sign", "=", "", "=y=z", "A=1", "A=2", "A", "B=", "last"});
   expect_cleared();
 }
 
@@ -411,9 +412,8 @@ TEST_F(Clearenv, VariablesMayBeSetAgain) {
 
 // A program's main may shorten its argument list, as parsers of options do.
 TEST(CommandLine, ShortenedByTheProgramIsNoCrash) {
-  const ChildReport child = run_in_child([] {
-    execl("/proc/self/exe", "name of the program", "--shorten", "a", "b", nullptr);
-  });
+  const ChildReport child =
+      run_in_child([] { execl("/proc/self/exe", "name of the program", "--shorten", "a", "b", nullptr); });
   EXPECT_EQ(child.status, 0) << child.err;
 }
 

@@ -1,4 +1,5 @@
-// PXFEXECV, PXFEXECVE and PXFEXECVP with real programs: in most cases this one, which tells the vectors it got.
+// PXFEXECV, PXFEXECVE and PXFEXECVP with real programs: in most cases this one, which tells the vectors it
+// got.
 #include "captured_child.h"
 #include "outcome.h"
 
@@ -57,7 +58,8 @@ struct Array {
       text += padded(element, length);
     }
   }
-  Array(size_t length, const Strings &elements, std::vector<int32_t> given_lengths) : Array(length, elements) {
+  Array(size_t length, const Strings &elements, std::vector<int32_t> given_lengths)
+      : Array(length, elements) {
     lengths = std::move(given_lengths);
   }
 

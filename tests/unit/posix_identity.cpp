@@ -143,8 +143,8 @@ struct Groups {
 Groups groups_with_room(int32_t size, size_t elements) {
   Groups groups{std::vector<int32_t>(elements + 1, SENTINEL), 0, {}};
   Guarded<int32_t> ngroups(SENTINEL);
-  groups.outcome = reported_by(
-      [&](int32_t *ierror) { pxfgetgroups_(&size, groups.list.data(), &ngroups, ierror); });
+  groups.outcome =
+      reported_by([&](int32_t *ierror) { pxfgetgroups_(&size, groups.list.data(), &ngroups, ierror); });
   groups.ngroups = ngroups;
   EXPECT_EQ(groups.list[elements], SENTINEL) << "written behind the array";
   return groups;
@@ -290,8 +290,8 @@ template <typename Routine>
 Text text_of(Routine routine, size_t length) {
   Character value(length);
   Guarded<int32_t> ilen(SENTINEL);
-  const Outcome outcome = reported_by(
-      [&](int32_t *ierror) { routine(value.data(), &ilen, ierror, value.length()); });
+  const Outcome outcome =
+      reported_by([&](int32_t *ierror) { routine(value.data(), &ilen, ierror, value.length()); });
   return {value.text(), ilen, outcome};
 }
 
@@ -387,11 +387,13 @@ TEST_F(Terminal, NameIsTheDevices) {
 TEST_F(Terminal, NoTerminalHasNoNameAndTheVariablesStay) {
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
-  EXPECT_EQ(text_of(name_of_terminal(ends[0]), 20), (Text{std::string(20, '#'), SENTINEL, refused(ENOTTY, ENOTTY)}));
+  EXPECT_EQ(text_of(name_of_terminal(ends[0]), 20),
+            (Text{std::string(20, '#'), SENTINEL, refused(ENOTTY, ENOTTY)}));
   close(ends[0]);
   close(ends[1]);
   for (const int32_t fd : {ends[0], -1, INT32_MAX, INT32_MIN})
-    EXPECT_EQ(text_of(name_of_terminal(fd), 20), (Text{std::string(20, '#'), SENTINEL, refused(EBADF, EBADF)}));
+    EXPECT_EQ(text_of(name_of_terminal(fd), 20),
+              (Text{std::string(20, '#'), SENTINEL, refused(EBADF, EBADF)}));
 }
 
 struct Answer {

@@ -279,8 +279,12 @@ TEST(IpxfwStopsig, ChildStoppedBySigstopReports19) {
 }
 
 TEST(IpxfwStopsig, AllBitsAboveTheLowEightWithSign) {
-  const std::pair<int32_t, int32_t> cases[] = {{0x0003057f, 0x305},       {-1, -1},          {-256, -1},
-                                               {INT32_MIN, -8388608},     {INT32_MAX, 8388607}, {0x7f, 0},
+  const std::pair<int32_t, int32_t> cases[] = {{0x0003057f, 0x305},
+                                               {-1, -1},
+                                               {-256, -1},
+                                               {INT32_MIN, -8388608},
+                                               {INT32_MAX, 8388607},
+                                               {0x7f, 0},
                                                {static_cast<int32_t>(0x8000137f), -8388589}};
   for (const auto &[istat, expected] : cases)
     EXPECT_EQ(ipxfwstopsig_(&istat), expected) << istat;

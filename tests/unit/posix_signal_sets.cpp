@@ -56,11 +56,12 @@ struct SignalBit {
 };
 
 // 0 and negative numbers wrap into the high bits; those above 32 have none.
-const SignalBit SIGNAL_BITS[] = {
-    {1, 0x1},         {2, 0x2},         {10, 0x200},      {31, 0x40000000}, {32, 0x80000000}, {0, 0x80000000},
-    {-1, 0x40000000}, {-2, 0x20000000}, {-31, 0x1},       {-32, 0x80000000}, {-33, 0x40000000},
-    {INT32_MIN, 0x80000000},            {33, 0},          {40, 0},          {64, 0},          {65, 0},
-    {INT32_MAX, 0}};
+const SignalBit SIGNAL_BITS[] = {{1, 0x1},          {2, 0x2},          {10, 0x200},
+                                 {31, 0x40000000},  {32, 0x80000000},  {0, 0x80000000},
+                                 {-1, 0x40000000},  {-2, 0x20000000},  {-31, 0x1},
+                                 {-32, 0x80000000}, {-33, 0x40000000}, {INT32_MIN, 0x80000000},
+                                 {33, 0},           {40, 0},           {64, 0},
+                                 {65, 0},           {INT32_MAX, 0}};
 
 TEST(SignalSet, FreshOneIsEmpty) {
   const OwnedRecord set("sigset");
@@ -265,7 +266,8 @@ TEST_P(Pxfsigprocmask, FullSetBlocksAllThatCanBe) {
   EXPECT_EQ(call(SIG_SETMASK, set_, 0).answer, 0);
   const std::vector<int> numbers = blocked();
   for (int number = 1; number < 32; ++number)
-    EXPECT_EQ(std::count(numbers.begin(), numbers.end(), number), number == SIGKILL || number == SIGSTOP ? 0 : 1);
+    EXPECT_EQ(std::count(numbers.begin(), numbers.end(), number),
+              number == SIGKILL || number == SIGSTOP ? 0 : 1);
   block_only({});
 }
 

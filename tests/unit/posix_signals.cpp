@@ -113,12 +113,16 @@ uint32_t bit(int number) {
   return 1U << (number - 1);
 }
 
+// The handle of a freed record, which the next few records do not get again: they take the lower places, and
+// are smaller.
 int32_t stale_handle() {
-  int32_t handle = 0;
-  EXPECT_EQ(create("utsname", &handle), succeeded());
-  int32_t freed = handle;
-  EXPECT_EQ(release(&freed), succeeded());
-  return handle;
+  int32_t handles[20];
+  for (int32_t &handle : handles)
+    EXPECT_EQ(create("utsname", &handle), succeeded());
+  const int32_t last = handles[19];
+  for (int32_t &handle : handles)
+    EXPECT_EQ(release(&handle), succeeded());
+  return last;
 }
 
 // Signals without an action before and behind each test.
@@ -334,7 +338,8 @@ TEST_F(Refusal, OldActionUnknownIs127AndOfAnotherKind22) {
 
 TEST_F(Refusal, HandlerThatIsNoProcedureIs127) {
   const Action wrong;
-  for (const int64_t handler : {int64_t{2}, int64_t{15}, int64_t{0x7ffffe00}, int64_t{INT32_MAX}, int64_t{1} << 32}) {
+  for (const int64_t handler :
+       {int64_t{2}, int64_t{15}, int64_t{0x7ffffe00}, int64_t{INT32_MAX}, int64_t{1} << 32}) {
     wrong.fields().sa_handler_ = handler;
     expect(wrong, old_, refused(NO_SUCH_HANDLE));
   }
@@ -352,8 +357,8 @@ TEST_F(Refusal, MaskUnknownIs127AndOfAnotherKind22) {
   }
 }
 
-// The set of the old action's record is looked at behind the host's call only: the action stays installed, and
-// of the record only the flags are filled.
+// The set of the old action's record is looked at behind the host's call only: the action stays installed,
+// and of the record only the flags are filled.
 class MaskOfTheOldAction : public Signals {
 protected:
   void expect(int32_t mask, const Outcome &outcome) {
@@ -705,8 +710,7 @@ TEST(Signal, ModuleNamesAreTheSameRoutines) {
 // next signal of a number is sent only when the one before was counted, so none may get lost.
 class Storm {
 public:
-  static constexpr int NUMBERS[] = {SIGUSR1, SIGUSR2, SIGURG,    SIGWINCH,
-                                    SIGIO,   SIGPROF, SIGVTALRM, SIGALRM};
+  static constexpr int NUMBERS[] = {SIGUSR1, SIGUSR2, SIGURG, SIGWINCH, SIGIO, SIGPROF, SIGVTALRM, SIGALRM};
   static constexpr int EACH = 1250;  // of each number to each of the two: 20,000 in all
 
   struct Side {
@@ -767,7 +771,8 @@ private:
   // All was sent and counted on both sides.
   static bool finished(const Side &opposite) {
     return std::all_of(std::begin(NUMBERS), std::end(NUMBERS), [&](int number) {
-      return own_->sent[number] == EACH && opposite.received[number] == EACH && own_->received[number] == EACH;
+      return own_->sent[number] == EACH && opposite.received[number] == EACH &&
+             own_->received[number] == EACH;
     });
   }
 
@@ -797,7 +802,8 @@ private:
     fields = {fields.kind, widened(handles_[(round + 1) % 2]), 0, SA_RESTART};
     int32_t ierror = -1;
     pxfsigaction_(&isig, &action, &action, &ierror);
-    expect(ierror == 0 && fields.sa_handler_ == widened(handles_[round % 2]) && fields.sa_flags == SA_RESTART);
+    expect(ierror == 0 && fields.sa_handler_ == widened(handles_[round % 2]) &&
+           fields.sa_flags == SA_RESTART);
   }
 
   static Side *own_;

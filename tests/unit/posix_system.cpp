@@ -99,7 +99,8 @@ private:
 Calendar local_time(int32_t isecnds) {
   std::array<int32_t, 11> guarded;
   guarded.fill(SENTINEL);
-  EXPECT_EQ(reported_by([&](int32_t *ierror) { pxflocaltime_(&isecnds, guarded.data() + 1, ierror); }).answer, 0);
+  EXPECT_EQ(reported_by([&](int32_t *ierror) { pxflocaltime_(&isecnds, guarded.data() + 1, ierror); }).answer,
+            0);
   EXPECT_EQ(guarded.front(), SENTINEL);
   EXPECT_EQ(guarded.back(), SENTINEL);
   Calendar calendar;

@@ -20,12 +20,13 @@ bool is_connected(int32_t unit) {
 // for the position or sets it, which brings them together.
 int32_t __msportlib_d_readchar(intptr_t unit) {
   const int32_t number = static_cast<int32_t>(unit);
-  const int32_t answer = qxcore_gnu_read_character(number);
-  if (answer >= 0)
-    return answer;
+  char next;
+  const int32_t status = qxcore_gnu_read_character(&number, &next);
+  if (status == 0)
+    return static_cast<unsigned char>(next);
   if (!is_connected(number))
     return -EBADF;
-  return answer == -1 ? READ_END : -EIO;
+  return status == -1 ? READ_END : -EIO;
 }
 
 int32_t __msportlib_d_writechar(intptr_t unit, int32_t character) {

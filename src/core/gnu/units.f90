@@ -50,18 +50,13 @@ contains
     open (unit=unit, file=text, status='old', action=actions(action), iostat=answer)
   end function
 
-  ! The next character's number, or -1 at the end of the file, or -2 for a failure.
-  function read_character(unit) bind(C, name='qxcore_gnu_read_character') result(answer)
-    integer(c_int32_t), value :: unit
+  ! 0, or -1 at the end of the file, or an error number. Arguments by reference, as the run-time takes them: nothing is
+  ! left to do here but to call it.
+  function read_character(unit, next) bind(C, name='qxcore_gnu_read_character') result(answer)
+    integer(c_int32_t), intent(in) :: unit
+    character(kind=c_char), intent(out) :: next
     integer(c_int32_t) :: answer
-    character :: next
-    integer :: status
-    call fgetc(unit, next, status)
-    if (status == 0) then
-      answer = ichar(next)
-    else
-      answer = merge(-1, -2, status == -1)
-    end if
+    answer = fgetc(unit, next)
   end function
 
   function write_character(unit, character_number) bind(C, name='qxcore_gnu_write_character') result(answer)

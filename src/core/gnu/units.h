@@ -17,9 +17,9 @@ int32_t qxcore_gnu_file_name(int32_t unit, char *name, int32_t capacity);
 // Opens a unit on an existing file for the given action (0 read, 1 write, 2 both); 0, or not.
 int32_t qxcore_gnu_open(int32_t unit, const char *path, int32_t path_length, int32_t action);
 
-// The next character, 0 to 255; -1 at the end of the file or for a unit that is not connected, -2 for a
-// failure.
-int32_t qxcore_gnu_read_character(int32_t unit);
+// 0 with the next character; -1 at the end of the file or for a unit that is not connected; or an error
+// number.
+int32_t qxcore_gnu_read_character(const int32_t *unit, char *next);
 
 // 0, or not.
 int32_t qxcore_gnu_write_character(int32_t unit, int32_t character);
