@@ -142,7 +142,7 @@ contains
     end do
     call pxfexecvp(vector(1), lengths(1), vector, lengths, size(arguments), error)
     status = not_executable
-    if (error == constant('ENOENT') .or. error == constant('ENOTDIR')) status = not_found
+    if (any(error == [constant('ENOENT'), constant('ENOTDIR')])) status = not_found
     if (status == not_found) then
       call complain(arguments(1)%text//': not found')
     else
@@ -155,12 +155,12 @@ contains
     type(redirection), intent(in) :: redirections(:)
     type(saved_descriptor), allocatable, intent(inout), optional :: saved(:)
     character(:), allocatable :: target
-    logical :: present_at_all
+    logical :: given
     integer :: i, source, error
     redirected = .true.
     do i = 1, size(redirections)
       associate (one => redirections(i))
-        call expand(one%target%text, target, present_at_all)
+        call expand(one%target%text, target, given)
         if (present(saved)) saved = [saved, saved_descriptor(one%descriptor, private_copy(one%descriptor))]
         if (one%operator(2:2) == '&') then
           source = -1
@@ -329,58 +329,124 @@ end module
 program fsh
   use fsh_commands, only: leaving, open_file, run
   use fsh_jobs, only: complain, error_text, job_control, private_copy, put, release_terminal, report_jobs, start_jobs
-  use fsh_syntax, only: last_status, malformed, parse, pipeline, shell_process, text_buffer, unfinished, well_formed
+  use fsh_syntax, only: last_status, parse, pipeline, shell_process, text_buffer, unfinished, well_formed
   use qxport, only: pxfclose, pxfexit, pxfgetpid, pxfisatty, pxfread
   implicit none
   character, parameter :: newline = achar(10)
+  integer, parameter :: syntax_error = 2, no_script = 127, interrupted = 130
   type(pipeline), allocatable :: pipelines(:)
-  character(:), allocatable :: commands, script
+  ! Lines come from the descriptor, or from the text where there is one.
+  integer :: descriptor = 0
+  character(:), allocatable :: text
   integer :: outcome, i, ierror
-  ! The commands come from a descriptor, or from the script where there is none.
-  integer :: source = 0
-  logical :: at_end = .false.
 
   call pxfgetpid(shell_process, ierror)
-  call open_source()
+  call open_input()
   do while (.not. leaving)
     call report_jobs()
-    call read_commands(commands, pipelines, outcome)
+    if (.not. read_commands(pipelines, outcome)) exit
     if (outcome /= well_formed) then
       call complain('syntax error')
-      last_status = 2
+      last_status = syntax_error
       if (.not. job_control) exit
+      cycle
     end if
     do i = 1, size(pipelines)
       call run(pipelines(i))
-      ! Ctrl-C ends the whole line.
-      if (leaving .or. (job_control .and. last_status == 130)) exit
+      if (leaving .or. (job_control .and. last_status == interrupted)) exit
     end do
-    if (at_end) exit
   end do
   if (job_control .and. .not. leaving) call put(2, newline)
-  call release_terminal()
-  call pxfexit(last_status)
+  call end_shell(last_status)
 
 contains
 
-  subroutine open_source()
+  subroutine end_shell(status)
+    integer, intent(in) :: status
+    call release_terminal()
+    call pxfexit(status)
+  end subroutine
+
+  function argument(number) result(value)
+    integer, intent(in) :: number
+    character(:), allocatable :: value
+    integer :: length
+    call get_command_argument(number, length=length)
+    value = repeat(' ', length)
+    if (length > 0) call get_command_argument(number, value)
+  end function
+
+  subroutine open_input()
     logical :: interactive
-    character(:), allocatable :: name
-    integer :: error
+    integer :: opened, error
     interactive = .false.
     select case (command_argument_count())
     case (0)
       call pxfisatty(0, interactive, ierror)
-    case default
-      name = argument(1)
-      if (name /= '-c') then
-        call open_script(name)
-      else
-        script = argument(2)
-        source = -1
+    case (1)
+      call open_file(argument(1), '<', opened, error)
+      if (error /= 0) then
+        call complain(argument(1)//': '//error_text(error))
+        call end_shell(no_script)
       end if
+      descriptor = private_copy(opened)
+      call pxfclose(opened, ierror)
+    case default
+      if (command_argument_count() /= 2 .or. argument(1) /= '-c') then
+        call complain('usage: fsh [FILE | -c TEXT]')
+        call end_shell(syntax_error)
+      end if
+      text = argument(2)
     end select
     call start_jobs(interactive)
   end subroutine
+
+  ! Reads lines until they are complete; false at the end of the input.
+  logical function read_commands(commands, result)
+    type(pipeline), allocatable, intent(out) :: commands(:)
+    integer, intent(out) :: result
+    character(:), allocatable :: line, lines
+    result = well_formed
+    read_commands = next_line('fsh$ ', lines)
+    if (.not. read_commands) return
+    do
+      call parse(lines, commands, result)
+      if (result /= unfinished) return
+      if (.not. next_line('> ', line)) return
+      lines = lines//newline//line
+    end do
+  end function
+
+  logical function next_line(prompt, line)
+    character(*), intent(in) :: prompt
+    character(:), allocatable, intent(out) :: line
+    integer :: length
+    if (job_control) call put(2, prompt)
+    if (allocated(text)) then
+      next_line = len(text) > 0
+      length = index(text//newline, newline) - 1
+      line = text(:length)
+      text = text(length + 2:)
+    else
+      next_line = line_read(line)
+    end if
+  end function
+
+  ! One byte at a time: what follows the line on standard input is for the commands. NULs are dropped.
+  logical function line_read(line)
+    character(:), allocatable, intent(out) :: line
+    type(text_buffer) :: buffer
+    character :: byte
+    integer :: count, error
+    do
+      call pxfread(descriptor, byte, 1, count, error)
+      if (error /= 0) call complain('cannot read commands: '//error_text(error))
+      line_read = buffer%used > 0 .or. (error == 0 .and. count == 1)
+      if (error /= 0 .or. count < 1) exit
+      if (byte == newline) exit
+      if (byte /= achar(0)) call buffer%append(byte)
+    end do
+    line = buffer%content()
+  end function
 
 end program

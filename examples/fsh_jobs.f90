@@ -1,7 +1,7 @@
 ! The jobs of fsh: their processes, what became of them, and which of them has the terminal.
 module fsh_jobs
   use fsh_syntax, only: number_text, word
-  use qxport, only: ipxfwexitstatus, ipxfwstopsig, ipxfwtermsig, pxfconst, pxffcntl, pxfgetpgrp
+  use qxport, only: ipxfwexitstatus, ipxfwstopsig, ipxfwtermsig, pxfclose, pxfconst, pxffcntl, pxfgetpgrp, pxfopen
   use qxport, only: pxfgetsubhandle, pxfintset, pxfkill, pxfsetpgid, pxfsigaction, pxfstructcreate, pxfstructfree
   use qxport, only: pxftcgetattr, pxftcgetpgrp, pxftcsetattr, pxftcsetpgrp, pxfwaitpid, pxfwifexited, pxfwifsignaled
   use qxport, only: pxfwifstopped, pxfwrite, TCSADRAIN
@@ -9,7 +9,7 @@ module fsh_jobs
   implicit none
   private
   public :: constant, complain, put, error_text, private_copy, start_jobs, release_terminal, enter_child, add_job
-  public :: add_process, run_in_foreground, report_jobs, jobs_command, wait_command, continue_command
+  public :: add_process, announce, run_in_foreground, report_jobs, jobs_command, wait_command, continue_command
 
   ! The state of a job is the least of its processes'.
   integer, parameter :: running = 0, stopped = 1, ended = 2
@@ -141,7 +141,15 @@ contains
     else if (background) then
       call set_signal('SIGINT', constant('SIG_IGN'))
       call set_signal('SIGQUIT', constant('SIG_IGN'))
+      if (group == 0) call read_nothing()
     end if
+  end subroutine
+
+  ! Without job control nothing else keeps a background job from taking the shell's input.
+  subroutine read_nothing()
+    integer :: descriptor, ierror
+    call pxfclose(0, ierror)
+    call pxfopen('/dev/null', 9, constant('O_RDONLY'), 0, descriptor, ierror)
   end subroutine
 
   ! The place of a new job without processes yet.
@@ -170,6 +178,11 @@ contains
       to%states = [to%states, running]
       to%statuses = [to%statuses, 0]
     end associate
+  end subroutine
+
+  subroutine announce(place, process)
+    integer, intent(in) :: place, process
+    if (job_control) call put(2, '['//number_text(jobs(place)%number)//'] '//number_text(process)//achar(10))
   end subroutine
 
   subroutine remove_job(place)

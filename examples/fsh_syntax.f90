@@ -4,7 +4,7 @@ module fsh_syntax
   implicit none
   private
   public :: word, redirection, command, pipeline, text_buffer
-  public :: parse, expand, is_name, number_text, last_status, shell_process, last_background
+  public :: parse, expand, variable, is_name, number_text, last_status, shell_process, last_background
   integer, parameter, public :: well_formed = 0, unfinished = 1, malformed = 2
 
   type :: word

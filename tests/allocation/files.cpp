@@ -100,6 +100,12 @@ TEST_F(FileRoutines, GetcwdIs12AndStoresNothing) {
   EXPECT_EQ(name.text(), padded(directory_.path(), 200));
 }
 
+TEST_F(FileRoutines, GetcwdReports12WhateverTheAllocatorLeft) {
+  Character name(200);
+  const FailingAllocation failing(1, EAGAIN);
+  EXPECT_EQ(outcome_of([&] { return getcwd_(name.data(), name.length()); }), NO_MEMORY_RECORDED_ONCE);
+}
+
 TEST_F(FileRoutines, GetcwdAsksForOneByteMoreThanTheVariable) {
   Character name(200);
   const FailingAllocation counting(0);

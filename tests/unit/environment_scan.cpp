@@ -80,6 +80,14 @@ TEST_F(Scanenv, LongerTemplateRestarts) {
   EXPECT_EQ(scan("PATHX"), variable("PATHX", "1"));
 }
 
+TEST_F(Scanenv, LongerTemplateRestartsBehindALongerOneStill) {
+  const Environment environment({"XYC1=1", "XYC2=2"});
+  EXPECT_EQ(scan("ABCDE"), none());
+  EXPECT_EQ(scan("XY"), variable("XYC1", "1"));
+  // Saved is XY, without what is left of ABCDE.
+  EXPECT_EQ(scan("XYC"), variable("XYC1", "1"));
+}
+
 TEST_F(Scanenv, TemplateWithoutAMatchRestartsTheNext) {
   const Environment environment({"A1=1", "A2=2"});
   EXPECT_EQ(scan("A"), variable("A1", "1"));
@@ -179,7 +187,8 @@ TEST_F(Scanenv, ValueBeginsBehindTheFirstEqualsSign) {
 }
 
 TEST_F(Scanenv, EntryWithoutAnEqualsSignIsAName) {
-  const Environment environment({"PATH", "", "PAT", "=PATH", "PATHX"});
+  // What stands behind an entry is none of its value.
+  const Environment environment({std::string("PATH\0behind", 11), "", "PAT", "=PATH", "PATHX"});
   EXPECT_EQ(scan("PATH"), variable("PATH", ""));
   EXPECT_EQ(scan("PATH"), variable("PATHX", ""));
   EXPECT_EQ(scan("PATH"), none());

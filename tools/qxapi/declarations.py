@@ -15,8 +15,13 @@ def declaration(argument, record=None, documented=False):
     if argument.kind.base == "any":
         words.append("dimension(*)")
     words += ["value"] if argument.value else []
-    words += [f"intent({argument.intent})"] + optional
+    words += [f"intent({argument.intent if documented else _compiled_intent(argument)})"] + optional
     return f"{', '.join(words)} :: {argument.name}{_shape(argument, documented)}"
+
+
+def _compiled_intent(argument):
+    """An output is declared INOUT: what a failure leaves alone the compiler must not take for overwritten."""
+    return "inout" if argument.intent == "out" else argument.intent
 
 
 def _shape(argument, documented):
