@@ -367,6 +367,13 @@ contains
     call pxfexit(status)
   end subroutine
 
+  subroutine end_with(complaint, status)
+    character(*), intent(in) :: complaint
+    integer, intent(in) :: status
+    call complain(complaint)
+    call end_shell(status)
+  end subroutine
+
   function argument(number) result(value)
     integer, intent(in) :: number
     character(:), allocatable :: value
@@ -378,27 +385,28 @@ contains
 
   subroutine open_input()
     logical :: interactive
-    integer :: opened, error
     interactive = .false.
     select case (command_argument_count())
     case (0)
       call pxfisatty(0, interactive, ierror)
     case (1)
-      call open_file(argument(1), '<', opened, error)
-      if (error /= 0) then
-        call complain(argument(1)//': '//error_text(error))
-        call end_shell(no_script)
-      end if
-      descriptor = private_copy(opened)
-      call pxfclose(opened, ierror)
-    case default
-      if (command_argument_count() /= 2 .or. argument(1) /= '-c') then
-        call complain('usage: fsh [FILE | -c TEXT]')
-        call end_shell(syntax_error)
-      end if
+      call open_script(argument(1))
+    case (2)
+      if (argument(1) /= '-c') call end_with('usage: fsh [FILE | -c TEXT]', syntax_error)
       text = argument(2)
+    case default
+      call end_with('usage: fsh [FILE | -c TEXT]', syntax_error)
     end select
     call start_jobs(interactive)
+  end subroutine
+
+  subroutine open_script(name)
+    character(*), intent(in) :: name
+    integer :: opened, error
+    call open_file(name, '<', opened, error)
+    if (error /= 0) call end_with(name//': '//error_text(error), no_script)
+    descriptor = private_copy(opened)
+    call pxfclose(opened, ierror)
   end subroutine
 
   ! Reads lines until they are complete; false at the end of the input.
