@@ -7,7 +7,7 @@
 ! and the signal's number for one that was killed; 2 after a syntax error.
 module fsh_commands
   use fsh_jobs, only: add_job, add_process, announce, complain, constant, continue_command, enter_child, error_text
-  use fsh_jobs, only: jobs_command, private_copy, put, run_in_foreground, wait_command
+  use fsh_jobs, only: hold_keys, jobs_command, private_copy, put, run_in_foreground, wait_command
   use fsh_syntax, only: command, expand, is_name, last_background, last_status, pipeline, redirection, variable, word
   use qxport, only: pxfchdir, pxfclose, pxfdup2, pxfexecvp, pxffastexit, pxffork, pxfgetcwd, pxfopen, pxfpipe, pxfsetenv
   implicit none
@@ -26,13 +26,15 @@ contains
   subroutine run(line)
     type(pipeline), intent(in) :: line
     type(word), allocatable :: arguments(:)
+    integer :: status
     if (size(line%commands) > 1 .or. line%background) then
       call launch(line)
       return
     end if
     call expand_words(line%commands(1)%words, arguments)
     if (size(arguments) == 0 .or. is_builtin(arguments)) then
-      call run_here(line%commands(1), arguments, last_status)
+      call run_here(line%commands(1), arguments, status)
+      last_status = status
     else
       call launch(line)
     end if
@@ -66,6 +68,7 @@ contains
       output = -1
       error = 0
       if (i < size(line%commands)) call pxfpipe(next_input, output, error)
+      call hold_keys(.true.)
       if (error == 0) call pxffork(process, error)
       if (error == 0 .and. process == 0) then
         call enter_child(group, line%background)
@@ -74,6 +77,7 @@ contains
         call move_descriptor(output, 1)
         call run_child(line%commands(i), arguments)
       end if
+      call hold_keys(.false.)
       call close_descriptor(input)
       call close_descriptor(output)
       input = next_input
@@ -131,14 +135,11 @@ contains
   subroutine execute(arguments, status)
     type(word), intent(in) :: arguments(:)
     integer, intent(out) :: status
-    character(:), allocatable :: vector(:)
+    character(longest(arguments) + 1) :: vector(size(arguments))
     integer :: lengths(size(arguments)), i, error
     do i = 1, size(arguments)
-      lengths(i) = len(arguments(i)%text) + 1
-    end do
-    allocate (character(maxval(lengths)) :: vector(size(arguments)))
-    do i = 1, size(arguments)
       vector(i) = arguments(i)%text//achar(0)
+      lengths(i) = len(arguments(i)%text) + 1
     end do
     call pxfexecvp(vector(1), lengths(1), vector, lengths, size(arguments), error)
     status = not_executable
@@ -149,6 +150,12 @@ contains
       call complain(arguments(1)%text//': '//error_text(error))
     end if
   end subroutine
+
+  pure integer function longest(words)
+    type(word), intent(in) :: words(:)
+    integer :: i
+    longest = maxval([(len(words(i)%text), i=1, size(words))])
+  end function
 
   ! Does the redirections of a command; what they replace is kept, if asked for.
   logical function redirected(redirections, saved)
@@ -333,11 +340,12 @@ program fsh
   use qxport, only: pxfclose, pxfexit, pxfgetpid, pxfisatty, pxfread
   implicit none
   character, parameter :: newline = achar(10)
-  integer, parameter :: syntax_error = 2, no_script = 127, interrupted = 130
-  type(pipeline), allocatable :: pipelines(:)
+  integer, parameter :: failure = 2, no_script = 127, interrupted = 130
+  character(*), parameter :: usage = 'usage: fsh [FILE | -c TEXT]'
+  type(pipeline), allocatable, save :: pipelines(:)
   ! Lines come from the descriptor, or from the text where there is one.
   integer :: descriptor = 0
-  character(:), allocatable :: text
+  character(:), allocatable, save :: text
   integer :: outcome, i, ierror
 
   call pxfgetpid(shell_process, ierror)
@@ -347,7 +355,7 @@ program fsh
     if (.not. read_commands(pipelines, outcome)) exit
     if (outcome /= well_formed) then
       call complain('syntax error')
-      last_status = syntax_error
+      last_status = failure
       if (.not. job_control) exit
       cycle
     end if
@@ -390,12 +398,13 @@ contains
     case (0)
       call pxfisatty(0, interactive, ierror)
     case (1)
+      if (argument(1) == '-c') call end_with(usage, failure)
       call open_script(argument(1))
     case (2)
-      if (argument(1) /= '-c') call end_with('usage: fsh [FILE | -c TEXT]', syntax_error)
+      if (argument(1) /= '-c') call end_with(usage, failure)
       text = argument(2)
     case default
-      call end_with('usage: fsh [FILE | -c TEXT]', syntax_error)
+      call end_with(usage, failure)
     end select
     call start_jobs(interactive)
   end subroutine
@@ -448,9 +457,9 @@ contains
     integer :: count, error
     do
       call pxfread(descriptor, byte, 1, count, error)
-      if (error /= 0) call complain('cannot read commands: '//error_text(error))
-      line_read = buffer%used > 0 .or. (error == 0 .and. count == 1)
-      if (error /= 0 .or. count < 1) exit
+      if (error /= 0) call end_with('cannot read commands: '//error_text(error), failure)
+      line_read = buffer%used > 0 .or. count == 1
+      if (count == 0) exit
       if (byte == newline) exit
       if (byte /= achar(0)) call buffer%append(byte)
     end do

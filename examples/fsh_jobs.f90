@@ -2,14 +2,15 @@
 module fsh_jobs
   use fsh_syntax, only: number_text, word
   use qxport, only: ipxfwexitstatus, ipxfwstopsig, ipxfwtermsig, pxfclose, pxfconst, pxffcntl, pxfgetpgrp, pxfopen
-  use qxport, only: pxfgetsubhandle, pxfintset, pxfkill, pxfsetpgid, pxfsigaction, pxfstructcreate, pxfstructfree
+  use qxport, only: pxfgetsubhandle, pxfintset, pxfkill, pxfsetpgid, pxfsigaction, pxfsigaddset, pxfsigprocmask
+  use qxport, only: pxfstructcreate, pxfstructfree
   use qxport, only: pxftcgetattr, pxftcgetpgrp, pxftcsetattr, pxftcsetpgrp, pxfwaitpid, pxfwifexited, pxfwifsignaled
   use qxport, only: pxfwifstopped, pxfwrite, TCSADRAIN
   use, intrinsic :: iso_fortran_env, only: error_unit
   implicit none
   private
-  public :: constant, complain, put, error_text, private_copy, start_jobs, release_terminal, enter_child, add_job
-  public :: add_process, announce, run_in_foreground, report_jobs, jobs_command, wait_command, continue_command
+  public :: constant, complain, put, error_text, private_copy, start_jobs, release_terminal, hold_keys, enter_child
+  public :: add_job, add_process, announce, run_in_foreground, report_jobs, jobs_command, wait_command, continue_command
 
   ! The state of a job is the least of its processes'.
   integer, parameter :: running = 0, stopped = 1, ended = 2
@@ -23,7 +24,7 @@ module fsh_jobs
 
   ! With job control: the terminal, its modes while the shell reads, the shell's group and that of the time before.
   logical, save, public :: job_control = .false.
-  integer, save :: terminal = -1, shell_modes = 0, shell_group = 0, former_group = 0
+  integer, save :: terminal = -1, shell_modes = 0, shell_group = 0, former_group = 0, key_signals = 0
   character(7), parameter :: ignored(5) = [character(7) :: 'SIGINT', 'SIGQUIT', 'SIGTSTP', 'SIGTTIN', 'SIGTTOU']
 
 contains
@@ -108,8 +109,10 @@ contains
     if (ierror /= 0) return
     if (former_group /= group) call pxfkill(0, constant('SIGTTIN'), ierror)
     job_control = .true.
+    call pxfstructcreate('sigset', key_signals, ierror)
     do i = 1, size(ignored)
       call set_signal(ignored(i), constant('SIG_IGN'))
+      call pxfsigaddset(key_signals, constant(ignored(i)), ierror)
     end do
     call pxftcgetpgrp(terminal, former_group, ierror)
     call pxfsetpgid(0, 0, ierror)
@@ -124,12 +127,20 @@ contains
     if (job_control) call pxftcsetpgrp(terminal, former_group, ierror)
   end subroutine
 
-  ! What a child does first; group is its job's, 0 in the first process. Parent and child both set the group and the
-  ! terminal's, so that neither depends on the other being faster.
+  ! Around a fork the signals of keys wait, so that none meets a child which still ignores it as the shell does.
+  subroutine hold_keys(held)
+    logical, intent(in) :: held
+    integer :: ierror
+    if (job_control) call pxfsigprocmask(constant(merge('SIG_BLOCK  ', 'SIG_UNBLOCK', held)), key_signals, 0, ierror)
+  end subroutine
+
+  ! What a child does first. Its own job, the last one, is none of its jobs; group is 0 in the first process of a job.
+  ! Parent and child both set the group and the terminal's, so that neither depends on the other being faster.
   subroutine enter_child(group, background)
     integer, intent(in) :: group
     logical, intent(in) :: background
     integer :: ierror, own_group, i
+    call remove_job(size(jobs))
     if (job_control) then
       call pxfsetpgid(0, group, ierror)
       call pxfgetpgrp(own_group, ierror)
@@ -137,6 +148,7 @@ contains
       do i = 1, size(ignored)
         call set_signal(ignored(i), constant('SIG_DFL'))
       end do
+      call hold_keys(.false.)
       job_control = .false.
     else if (background) then
       call set_signal('SIGINT', constant('SIG_IGN'))

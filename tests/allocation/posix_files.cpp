@@ -1,4 +1,5 @@
-// The binding's routines of files, directories, descriptors and terminals with each of their allocations failing.
+// The binding's routines of files, directories, descriptors and terminals with each of their allocations
+// failing.
 #include "failing_allocations.h"
 
 #include "posix_calls.h"
@@ -133,13 +134,12 @@ TEST_F(FileRoutines, OpendirLeavesTheHandleAndNoDescriptor) {
   const auto before = open_descriptors();
   int32_t stream = SENTINEL;
   Outcome outcome;
-  const size_t failed =
-      fail_each_allocation([&] { outcome = call_named(pxfopendir_, ".", 0, &stream); },
-                           [&](size_t n) {
-                             EXPECT_EQ(outcome, failed_with(ENOMEM)) << n;
-                             EXPECT_EQ(stream, SENTINEL);
-                             EXPECT_EQ(open_descriptors(), before);
-                           });
+  const size_t failed = fail_each_allocation([&] { outcome = call_named(pxfopendir_, ".", 0, &stream); },
+                                             [&](size_t n) {
+                                               EXPECT_EQ(outcome, failed_with(ENOMEM)) << n;
+                                               EXPECT_EQ(stream, SENTINEL);
+                                               EXPECT_EQ(open_descriptors(), before);
+                                             });
   EXPECT_GE(failed, 2u);
   EXPECT_EQ(outcome, succeeded());
   EXPECT_EQ(call(pxfclosedir_, &stream), succeeded());
@@ -153,9 +153,8 @@ TEST_F(FileRoutines, OpendirGivesBackEverythingWhenNoHandleIsLeft) {
     const auto before = open_descriptors();
     int32_t stream = SENTINEL;
     Outcome outcome;
-    const size_t failed = fail_each_allocation(
-        [&] { outcome = call_named(pxfopendir_, ".", 0, &stream); },
-        [&](size_t) { EXPECT_EQ(outcome, failed_with(ENOMEM)); });
+    const size_t failed = fail_each_allocation([&] { outcome = call_named(pxfopendir_, ".", 0, &stream); },
+                                               [&](size_t) { EXPECT_EQ(outcome, failed_with(ENOMEM)); });
     most = std::max(most, failed);
     EXPECT_EQ(outcome, succeeded());
     EXPECT_EQ(call(pxfclosedir_, &stream), succeeded());
@@ -199,9 +198,7 @@ TEST_F(FileRoutines, DescriptorsNeedNoHeap) {
   EXPECT_EQ(call(pxfrewinddir_, stream), succeeded());
   EXPECT_EQ(call(pxfclose_, reader), succeeded());
   EXPECT_EQ(call(pxfclose_, writer), succeeded());
-  EXPECT_EQ(reported_by([&](int32_t *ierror) {
-              pxfgetcwd_(cwd.data(), &result, ierror, cwd.length());
-            }),
+  EXPECT_EQ(reported_by([&](int32_t *ierror) { pxfgetcwd_(cwd.data(), &result, ierror, cwd.length()); }),
             succeeded());
   EXPECT_EQ(failing.allocations(), 0u);
 }

@@ -50,8 +50,11 @@ Outcome user_by_name(int32_t handle) {
 
 const Contents NEW_GROUP = {
     {"gr_name", "new name"}, {"gr_gid", "50"}, {"gr_nmem", "2"}, {"gr_mem", "new 1;new 2;"}};
-const Contents NEW_USER = {
-    {"pw_name", "new name"}, {"pw_uid", "60"}, {"pw_gid", "70"}, {"pw_dir", "/new/dir"}, {"pw_shell", "/new/shell"}};
+const Contents NEW_USER = {{"pw_name", "new name"},
+                           {"pw_uid", "60"},
+                           {"pw_gid", "70"},
+                           {"pw_dir", "/new/dir"},
+                           {"pw_shell", "/new/shell"}};
 
 // What a record of old values holds after a lookup whose n-th allocation failed; it is usable afterwards.
 template <typename LookUp>
@@ -96,8 +99,7 @@ TEST(Groups, WithoutMemoryForTheNameLoseTheirMembersByName) {
 }
 
 TEST(Groups, WithoutMemoryForTheMembersHaveNeitherListNorName) {
-  const Contents expected = {
-      {"gr_name", "(none)"}, {"gr_gid", "50"}, {"gr_nmem", "2"}, {"gr_mem", "(none)"}};
+  const Contents expected = {{"gr_name", "(none)"}, {"gr_gid", "50"}, {"gr_nmem", "2"}, {"gr_mem", "(none)"}};
   Contents old;
   for (const size_t n : {2, 3, 4}) {
     EXPECT_EQ(after_failure("group", group_by_id, n, &old), expected) << n;
@@ -107,7 +109,7 @@ TEST(Groups, WithoutMemoryForTheMembersHaveNeitherListNorName) {
 
 // Whatever a failed lookup left is safe to read, copy and free.
 TEST(Groups, ThatAreLeftIncompleteAreSafe) {
-  for (const auto look_up : {group_by_id, group_by_name})
+  for (const auto look_up : {&group_by_id, &group_by_name})
     for (size_t n = 1; n <= 5; ++n) {
       const OwnedRecord record("group"), copied("group");
       fill_record(record);
@@ -126,7 +128,7 @@ TEST(Groups, ThatAreLeftIncompleteAreSafe) {
 
 TEST(Groups, MakeSoManyAllocations) {
   const OwnedRecord record("group");
-  for (const auto &[look_up, count] : {std::pair(group_by_id, 4u), {group_by_name, 5u}}) {
+  for (const auto &[look_up, count] : {std::pair(&group_by_id, 4u), {&group_by_name, 5u}}) {
     const FailingAllocation counting(0);
     EXPECT_EQ(look_up(record), FOUND);
     EXPECT_EQ(counting.allocations(), count);

@@ -232,6 +232,9 @@ END
   local files
   files=$(value files)
   same 'files up to the obstacle' 1 $((${files:-0} >= 1 && ${files:-0} <= 101))
+  reports "$tree/gone"
+  same 'the root with an obstacle' \
+    '  ".": cut off at "dangling", which cannot be examined: no such file or directory' "$(section 'Not examined')"
   rm "$tree/gone/dangling" "$tree/loop/self" "$tree/mixed/"$'b\nad'
   reports "$tree"
   same_all "$tree"

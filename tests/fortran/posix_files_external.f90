@@ -1,5 +1,6 @@
 ! Files, directories, descriptors, terminals, users and groups as programs call them that know of no module.
 program posix_files_external
+  use, intrinsic :: iso_c_binding, only: c_f_pointer, c_int, c_ptr
   use checks, only: check, finish
   implicit none
   integer(4), parameter :: ebadf = 9, enotty = 25, end_of_directory = 128
@@ -13,6 +14,12 @@ program posix_files_external
     pxftcsendbreak, pxftcdrain, pxftcflush, pxftcflow, pxftcgetpgrp, pxftcsetpgrp
   external :: pxfgetpwuid, pxfgetpwnam, pxfgetgrgid, pxfgetgrnam
   external :: pxfstructcreate, pxfstructfree, pxfintget, pxfintset, pxfstrget, pxfread, getenv
+  interface
+    function errno_location() bind(C, name='__errno_location') result(location)
+      import :: c_ptr
+      type(c_ptr) :: location
+    end function
+  end interface
   character(1024) :: directory, former, name
   character(8) :: text
   integer(4) :: ierror, length, fd, other, count, handle, stream, entry, value, mode, mask
@@ -53,7 +60,7 @@ program posix_files_external
   call check(ierror, 0, 'PXFFCNTL')
   call check(count, 0, 'flags of a duplicate')
   call pxfclose(other, ierror)
-  call pxffpathconf(fd, ipxfconst('PC_NAME_MAX'), value, ierror)
+  call pxffpathconf(fd, ipxfconst('_PC_NAME_MAX'), value, ierror)
   call check(value > 10, 'PXFFPATHCONF')
   call pxfstructcreate('stat', handle, ierror)
   call pxffstat(fd, handle, ierror)
@@ -87,7 +94,7 @@ program posix_files_external
   call pxfstructfree(handle, ierror)
   call pxfutime('third time', 0, 0, ierror)
   call check(ierror, 0, 'PXFUTIME')
-  call pxfpathconf('third', 0, ipxfconst('PC_NAME_MAX'), value, ierror)
+  call pxfpathconf('third', 0, ipxfconst('_PC_NAME_MAX'), value, ierror)
   call check(ierror, 0, 'PXFPATHCONF')
   call pxfmkfifo('fifo', 0, int(o'600', 4), ierror)
   call check(ierror, 0, 'PXFMKFIFO')
@@ -97,6 +104,7 @@ program posix_files_external
   call pxfstructcreate('dirent', entry, ierror)
   call pxfreaddir(stream, entry, ierror)
   call pxfrewinddir(stream, ierror)
+  call clear_errno()
   count = 0
   do
     call pxfreaddir(stream, entry, ierror)
@@ -164,4 +172,14 @@ program posix_files_external
   call pxfstructfree(handle, ierror)
   call check(ierror, 0, 'PXFSTRUCTFREE')
   call finish()
+
+contains
+
+  ! The end of a directory is told from a failure by errno, which keeps what an earlier failure left there.
+  subroutine clear_errno()
+    integer(c_int), pointer :: errno
+    call c_f_pointer(errno_location(), errno)
+    errno = 0
+  end subroutine
+
 end program

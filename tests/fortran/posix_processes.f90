@@ -3,10 +3,10 @@
 program posix_processes
   use, intrinsic :: iso_fortran_env, only: output_unit
   use checks, only: check, finish
-  use qxport, only: ipxfargc, ipxfconst, ipxfwexitstatus, ipxfwstopsig, ipxfwtermsig, pxfclearenv, pxfexecv, pxfexecve, &
-    pxfexecvp, pxfexit, pxffastexit, pxffork, pxfgetarg, pxfgetenv, pxfgetpid, pxfgetppid, pxfkill, pxflocaltime, &
-    pxfpause, pxfsetenv, pxfstrget, pxfstructcreate, pxfstructfree, pxftime, pxftimes, pxfuname, pxfwait, pxfwaitpid, &
-    pxfwifexited, pxfwifsignaled, pxfwifstopped
+  use qxport, only: ipxfargc, ipxfconst, ipxfwexitstatus, ipxfwstopsig, ipxfwtermsig, pxfclearenv, pxfexecv, &
+    pxfexecve, pxfexecvp, pxfexit, pxffastexit, pxffork, pxfgetarg, pxfgetenv, pxfgetpid, pxfgetppid, pxfkill, &
+    pxflocaltime, pxfpause, pxfsetenv, pxfstrget, pxfstructcreate, pxfstructfree, pxftime, pxftimes, pxfuname, pxfwait, &
+    pxfwaitpid, pxfwifexited, pxfwifsignaled, pxfwifstopped
   implicit none
   integer(4), parameter :: einval = 22, etrunc = 129, enoent = 2, echild = 10
   character(*), parameter :: self = '/proc/self/exe'

@@ -1,5 +1,5 @@
-// A caller's side of the routines that report in IERROR, and what the host's own call on the same object leads
-// to expect of them.
+// A caller's side of the routines that report in IERROR, and what the host's own call on the same object
+// leads to expect of them.
 #ifndef TESTS_SUPPORT_POSIX_CALLS_H
 #define TESTS_SUPPORT_POSIX_CALLS_H
 

@@ -80,7 +80,7 @@ TEST_F(Scanenv, LongerTemplateRestarts) {
   EXPECT_EQ(scan("PATHX"), variable("PATHX", "1"));
 }
 
-TEST_F(Scanenv, LongerTemplateRestartsBehindALongerOneStill) {
+TEST_F(Scanenv, SavedTemplateHoldsNothingOfALongerFormerOne) {
   const Environment environment({"XYC1=1", "XYC2=2"});
   EXPECT_EQ(scan("ABCDE"), none());
   EXPECT_EQ(scan("XY"), variable("XYC1", "1"));

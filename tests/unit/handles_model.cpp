@@ -31,10 +31,11 @@ public:
   int32_t enter(const void *address) {
     for (size_t block = 0;; ++block) {
       if (block == blocks_.size())
-        blocks_.emplace_back(255, nullptr);
+        blocks_.push_back({});
+      const void **slots = blocks_[block].slots;
       for (size_t slot = 0; slot < 255; ++slot) {
-        if (blocks_[block][slot] == nullptr) {
-          blocks_[block][slot] = address;
+        if (slots[slot] == nullptr) {
+          slots[slot] = address;
           return static_cast<int32_t>(block * 256 + slot + 1);
         }
       }
@@ -44,7 +45,7 @@ public:
   const void *resolve(int32_t handle) const {
     const size_t block = handle < 256 ? 0 : static_cast<size_t>(handle / 256);
     const size_t place = static_cast<size_t>(handle & 255);
-    return place == 0 || block >= blocks_.size() ? nullptr : blocks_[block][place - 1];
+    return place == 0 || block >= blocks_.size() ? nullptr : blocks_[block].slots[place - 1];
   }
 
   int32_t free(int32_t handle) {
@@ -52,7 +53,7 @@ public:
     const size_t place = static_cast<size_t>(handle & 255);
     if (place == 0 || block >= blocks_.size())
       return -1;
-    blocks_[block][place - 1] = nullptr;
+    blocks_[block].slots[place - 1] = nullptr;
     return 0;
   }
 
@@ -62,7 +63,8 @@ public:
     for (size_t block = 0; block < blocks_.size(); ++block) {
       ASSERT_NE(words, nullptr) << block;
       for (size_t slot = 0; slot < 255; ++slot)
-        ASSERT_EQ(words[slot], reinterpret_cast<uintptr_t>(blocks_[block][slot])) << block << ' ' << slot;
+        ASSERT_EQ(words[slot], reinterpret_cast<uintptr_t>(blocks_[block].slots[slot]))
+            << block << ' ' << slot;
       words = reinterpret_cast<const uintptr_t *>(words[255]);
     }
     EXPECT_EQ(words, nullptr);
@@ -71,7 +73,10 @@ public:
   size_t blocks() const { return blocks_.size(); }
 
 private:
-  std::vector<std::vector<const void *>> blocks_{std::vector<const void *>(255, nullptr)};
+  struct Block {
+    const void *slots[255];
+  };
+  std::vector<Block> blocks_ = std::vector<Block>(1);
 };
 
 // Mostly a handle within the blocks in use, taken or not; now and then a strange one.
@@ -146,12 +151,13 @@ TEST(HandlesModel, HundredThousandSteps) {
     }
     char *const other = &things[random() % 5'000];
     const int32_t looked_up = static_cast<int32_t>(reinterpret_cast<intptr_t>(other));
-    ASSERT_EQ(get_address_from_handle(looked_up, AllocatableHandles), model.contains(other) ? other : nullptr);
+    ASSERT_EQ(get_address_from_handle(looked_up, AllocatableHandles),
+              model.contains(other) ? other : nullptr);
   }
   for (char *thing = things; thing < things + 5'000; ++thing)
-    ASSERT_EQ(get_address_from_handle(static_cast<int32_t>(reinterpret_cast<intptr_t>(thing)),
-                                      AllocatableHandles),
-              model.contains(thing) ? thing : nullptr);
+    ASSERT_EQ(
+        get_address_from_handle(static_cast<int32_t>(reinterpret_cast<intptr_t>(thing)), AllocatableHandles),
+        model.contains(thing) ? thing : nullptr);
   init_handle_table();
 }
 

@@ -1,9 +1,9 @@
 // PXFFCNTL: its commands that take a value, those that take a lock's record, and all others.
+#include "interruptions.h"
 #include "posix_calls.h"
 
 #include <csignal>
 #include <fcntl.h>
-#include <sys/time.h>
 #include <unistd.h>
 
 namespace {
@@ -196,20 +196,11 @@ TEST_F(Locks, HeldByAnotherProcessAreRefused) {
   EXPECT_EQ(lock_by(fd_, F_SETLK, {F_WRLCK, SEEK_SET, 5, 5, 0}).outcome, succeeded());
 }
 
-void on_alarm(int) {}
-
 TEST_F(Locks, WaitedForAreInterruptedBySignals) {
   const OtherProcess other(file_, {F_WRLCK, SEEK_SET, 0, 0, 0});
-  struct sigaction action = {}, former;
-  action.sa_handler = on_alarm;
-  sigaction(SIGALRM, &action, &former);
-  const itimerval often = {{0, 20000}, {0, 20000}}, never = {};
-  setitimer(ITIMER_REAL, &often, nullptr);
+  const Interruptions alarms;
   const Lock lock = {F_WRLCK, SEEK_SET, 0, 1, 0};
-  const LockAnswer answer = lock_by(fd_, F_SETLKW, lock);
-  setitimer(ITIMER_REAL, &never, nullptr);
-  sigaction(SIGALRM, &former, nullptr);
-  EXPECT_EQ(answer, (LockAnswer{failed_with(EINTR), -1, lock}));
+  EXPECT_EQ(lock_by(fd_, F_SETLKW, lock), (LockAnswer{failed_with(EINTR), -1, lock}));
 }
 
 TEST_F(Locks, WaitedForAreHadWhenTheOtherProcessEnds) {
@@ -220,8 +211,8 @@ TEST_F(Locks, WaitedForAreHadWhenTheOtherProcessEnds) {
   EXPECT_EQ(lock_by(fd_, F_SETLKW, lock), (LockAnswer{succeeded(), 0, lock}));
 }
 
-// Two of the fields have 16 bits in the host's structure: what comes back shows that it was there, whether the
-// command failed or not.
+// Two of the fields have 16 bits in the host's structure: what comes back shows that it was there, whether
+// the command failed or not.
 TEST_F(Locks, RecordIsWrittenBackAfterSuccess) {
   EXPECT_EQ(lock_by(fd_, F_SETLK, {0x50000 | F_RDLCK, 0x70000 | SEEK_SET, 1, 2, 9}),
             (LockAnswer{succeeded(), 0, {F_RDLCK, SEEK_SET, 1, 2, 9}}));

@@ -1,22 +1,16 @@
-// PXFOPEN, PXFCREAT, PXFCLOSE, PXFDUP, PXFDUP2, PXFREAD, PXFWRITE, PXFLSEEK, PXFPIPE, PXFFPATHCONF and
-// PXFUMASK against the host's own calls.
+// PXFOPEN, PXFCREAT, PXFCLOSE, PXFDUP, PXFDUP2, PXFLSEEK, PXFPIPE, PXFFPATHCONF and PXFUMASK
+// against the host's own calls.
 #include "posix_calls.h"
 
-#include <csignal>
-#include <cstdint>
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/time.h>
 #include <unistd.h>
 
 namespace {
 
-// A descriptor that nobody has.
+// Descriptors that nobody has.
 constexpr int32_t NO_DESCRIPTORS[] = {-1, -2, 1 << 20, INT32_MAX, INT32_MIN};
-
-// What a negative count is for the host; the compiler must not see that it is more than there is.
-const volatile size_t HUGE_COUNT = SIZE_MAX;
 
 int closed_descriptor() {
   const int fd = open("/dev/null", O_RDWR);
@@ -41,8 +35,6 @@ using Open = Descriptors;
 using Creat = Descriptors;
 using Close = Descriptors;
 using Dup = Descriptors;
-using Read = Descriptors;
-using Write = Descriptors;
 using Lseek = Descriptors;
 using Pipe = Descriptors;
 
@@ -102,7 +94,7 @@ TEST_F(Open, FailureIsTheHostsAndMinus1) {
   for (const auto &[name, flags] : opens) {
     Guarded<int32_t> fd(SENTINEL);
     EXPECT_EQ(call_named(pxfopen_, name, 0, flags, 0600, &fd),
-              as_the_host([&] { return open(name.c_str(), flags, 0600); }))
+              as_the_host([name = name, flags = flags] { return open(name.c_str(), flags, 0600); }))
         << name << ' ' << flags;
     EXPECT_EQ(fd, -1) << name;
   }
@@ -209,208 +201,6 @@ TEST_F(Descriptors, ThatAreNoneAre9) {
   EXPECT_STREQ(buffer, "abc");
 }
 
-TEST_F(Read, StopsAtTheEnd) {
-  const int fd = open("data.txt", O_RDONLY);
-  Character buffer(8);
-  Guarded<int32_t> nread(SENTINEL);
-  EXPECT_EQ(call(pxfread_, fd, static_cast<void *>(buffer.data()), 6, &nread), succeeded());
-  EXPECT_EQ(nread, 6);
-  EXPECT_EQ(buffer.text(), "012345##");
-  EXPECT_EQ(call(pxfread_, fd, static_cast<void *>(buffer.data()), 8, &nread), succeeded());
-  EXPECT_EQ(nread, 4);
-  EXPECT_EQ(buffer.text(), "678945##");
-  EXPECT_EQ(call(pxfread_, fd, static_cast<void *>(buffer.data()), 8, &nread), succeeded());
-  EXPECT_EQ(nread, 0);
-  EXPECT_EQ(buffer.text(), "678945##");
-  close(fd);
-}
-
-TEST_F(Read, OfNoBytesIs0) {
-  const int fd = open("data.txt", O_RDONLY);
-  Character buffer(4);
-  Guarded<int32_t> nread(SENTINEL);
-  EXPECT_EQ(call(pxfread_, fd, static_cast<void *>(buffer.data()), 0, &nread), succeeded());
-  EXPECT_EQ(nread, 0);
-  EXPECT_EQ(buffer.text(), "####");
-  EXPECT_EQ(lseek(fd, 0, SEEK_CUR), 0);
-  close(fd);
-}
-
-TEST_F(Read, WithoutAnArgumentIsMinus1AndNoCall) {
-  const int32_t fd = open("data.txt", O_RDONLY), nbyte = 4;
-  const int32_t *const no_number = nullptr;
-  Character buffer(4);
-  Guarded<int32_t> nread(SENTINEL);
-  const auto read_with = [](const int32_t *ifildes, void *buf, const int32_t *count, int32_t *result) {
-    return reported_by([&](int32_t *ierror) { pxfread_(ifildes, buf, count, result, ierror); });
-  };
-  EXPECT_EQ(read_with(no_number, buffer.data(), &nbyte, &nread), refused_silently(-1));
-  EXPECT_EQ(read_with(&fd, nullptr, &nbyte, &nread), refused_silently(-1));
-  EXPECT_EQ(read_with(&fd, buffer.data(), no_number, &nread), refused_silently(-1));
-  EXPECT_EQ(read_with(&fd, buffer.data(), &nbyte, nullptr), refused_silently(-1));
-  EXPECT_EQ(nread, SENTINEL);
-  EXPECT_EQ(buffer.text(), "####");
-  EXPECT_EQ(lseek(fd, 0, SEEK_CUR), 0);
-  EXPECT_EQ(read_with(&fd, buffer.data(), &nbyte, &nread), succeeded());
-  EXPECT_EQ(buffer.text(), "0123");
-  close(fd);
-}
-
-TEST_F(Read, FailuresAreTheHosts) {
-  const int directory = open(".", O_RDONLY), written = open("data.txt", O_WRONLY), file = open("data.txt", O_RDONLY);
-  Character buffer(4);
-  Guarded<int32_t> nread(SENTINEL);
-  EXPECT_EQ(call(pxfread_, directory, static_cast<void *>(buffer.data()), 4, &nread), failed_with(EISDIR));
-  EXPECT_EQ(nread, -1);
-  EXPECT_EQ(call(pxfread_, written, static_cast<void *>(buffer.data()), 4, &nread), failed_with(EBADF));
-  // A negative count is a huge one, which no host reads.
-  EXPECT_EQ(call(pxfread_, file, static_cast<void *>(buffer.data()), -1, &nread),
-            as_the_host([&] { return read(file, buffer.data(), HUGE_COUNT); }));
-  EXPECT_EQ(nread, -1);
-  EXPECT_EQ(buffer.text(), "####");
-  for (const int fd : {directory, written, file})
-    close(fd);
-}
-
-TEST_F(Read, OfAnEmptyPipeThatMustNotBlockIs11) {
-  int ends[2];
-  ASSERT_EQ(pipe2(ends, O_NONBLOCK), 0);
-  Character buffer(4);
-  int32_t nread = SENTINEL;
-  EXPECT_EQ(call(pxfread_, ends[0], static_cast<void *>(buffer.data()), 4, &nread), failed_with(EAGAIN));
-  EXPECT_EQ(nread, -1);
-  close(ends[1]);
-  EXPECT_EQ(call(pxfread_, ends[0], static_cast<void *>(buffer.data()), 4, &nread), succeeded());
-  EXPECT_EQ(nread, 0);
-  close(ends[0]);
-}
-
-void on_alarm(int) {}
-
-// An alarm that goes off again and again while one is alive, and interrupts what blocks.
-class Interruptions {
-public:
-  Interruptions() {
-    struct sigaction action = {};
-    action.sa_handler = on_alarm;
-    sigaction(SIGALRM, &action, &former_);
-    const itimerval often = {{0, 20000}, {0, 20000}};
-    setitimer(ITIMER_REAL, &often, nullptr);
-  }
-  ~Interruptions() {
-    const itimerval never = {};
-    setitimer(ITIMER_REAL, &never, nullptr);
-    sigaction(SIGALRM, &former_, nullptr);
-  }
-  Interruptions(const Interruptions &) = delete;
-  Interruptions &operator=(const Interruptions &) = delete;
-
-private:
-  struct sigaction former_;
-};
-
-TEST_F(Read, InterruptedBySignalIs4) {
-  int ends[2];
-  ASSERT_EQ(pipe(ends), 0);
-  Character buffer(4);
-  int32_t nread = SENTINEL;
-  Outcome outcome;
-  {
-    const Interruptions alarms;
-    outcome = call(pxfread_, ends[0], static_cast<void *>(buffer.data()), 4, &nread);
-  }
-  EXPECT_EQ(outcome, failed_with(EINTR));
-  EXPECT_EQ(nread, -1);
-  EXPECT_EQ(buffer.text(), "####");
-  close(ends[0]);
-  close(ends[1]);
-}
-
-TEST_F(Write, InterruptedBySignalIs4) {
-  int ends[2];
-  ASSERT_EQ(pipe2(ends, O_NONBLOCK), 0);
-  const std::string full(1 << 20, 'x');
-  while (write(ends[1], full.data(), full.size()) > 0) {
-  }
-  fcntl(ends[1], F_SETFL, 0);
-  int32_t nwritten = SENTINEL;
-  Outcome outcome;
-  {
-    const Interruptions alarms;
-    outcome = call(pxfwrite_, ends[1], static_cast<const void *>(full.data()), 4, &nwritten);
-  }
-  EXPECT_EQ(outcome, failed_with(EINTR));
-  EXPECT_EQ(nwritten, -1);
-  close(ends[0]);
-  close(ends[1]);
-}
-
-TEST_F(Write, PutsTheBytesThere) {
-  const int fd = open("data.txt", O_RDWR);
-  lseek(fd, 2, SEEK_SET);
-  const std::string bytes("\0\xff\n", 3);
-  Guarded<int32_t> nwritten(SENTINEL);
-  EXPECT_EQ(call(pxfwrite_, fd, static_cast<const void *>(bytes.data()), 3, &nwritten), succeeded());
-  EXPECT_EQ(nwritten, 3);
-  EXPECT_EQ(call(pxfwrite_, fd, static_cast<const void *>(bytes.data()), 0, &nwritten), succeeded());
-  EXPECT_EQ(nwritten, 0);
-  char contents[11] = {};
-  EXPECT_EQ(pread(fd, contents, 11, 0), 10);
-  EXPECT_EQ(std::string(contents, 10), "01" + bytes + "56789");
-  close(fd);
-}
-
-TEST_F(Write, ToAPipeWithoutAReaderIs32) {
-  int ends[2];
-  ASSERT_EQ(pipe(ends), 0);
-  close(ends[0]);
-  void (*const former)(int) = signal(SIGPIPE, SIG_IGN);
-  int32_t nwritten = SENTINEL;
-  EXPECT_EQ(call(pxfwrite_, ends[1], static_cast<const void *>("abc"), 3, &nwritten), failed_with(EPIPE));
-  EXPECT_EQ(nwritten, -1);
-  signal(SIGPIPE, former);
-  close(ends[1]);
-}
-
-TEST_F(Write, ToAFullDeviceIs28) {
-  const int fd = open("/dev/full", O_WRONLY);
-  ASSERT_GE(fd, 0);
-  int32_t nwritten = SENTINEL;
-  EXPECT_EQ(call(pxfwrite_, fd, static_cast<const void *>("abc"), 3, &nwritten), failed_with(ENOSPC));
-  EXPECT_EQ(nwritten, -1);
-  close(fd);
-}
-
-TEST_F(Write, BehindTheLargestFileSizeIsPartialAndThen27) {
-  in_child([] {
-    const rlimit five = {5, 5};
-    setrlimit(RLIMIT_FSIZE, &five);
-    signal(SIGXFSZ, SIG_IGN);
-    const int fd = open("limited", O_WRONLY | O_CREAT, 0600);
-    int32_t nwritten = SENTINEL;
-    const Outcome first = call(pxfwrite_, fd, static_cast<const void *>("0123456789"), 10, &nwritten);
-    const int32_t written = nwritten;
-    const Outcome second = call(pxfwrite_, fd, static_cast<const void *>("56789"), 5, &nwritten);
-    close(fd);
-    // The limit holds for a report of the failure as well, so the exit status tells.
-    if (first != succeeded() || written != 5 || second != failed_with(EFBIG) || nwritten != -1)
-      _exit(2);
-  });
-}
-
-TEST_F(Write, OtherFailuresAreTheHosts) {
-  const int fd = open("data.txt", O_RDONLY), file = open("data.txt", O_WRONLY);
-  int32_t nwritten = SENTINEL;
-  EXPECT_EQ(call(pxfwrite_, fd, static_cast<const void *>("abc"), 3, &nwritten), failed_with(EBADF));
-  EXPECT_EQ(nwritten, -1);
-  EXPECT_EQ(call(pxfwrite_, file, static_cast<const void *>("abc"), -1, &nwritten),
-            as_the_host([&] { return write(file, "abc", HUGE_COUNT); }));
-  EXPECT_EQ(nwritten, -1);
-  EXPECT_EQ(lseek(file, 0, SEEK_END), 10);
-  close(fd);
-  close(file);
-}
-
 TEST_F(Lseek, AgreesWithTheHost) {
   const int fd = open("data.txt", O_RDONLY), twin = open("data.txt", O_RDONLY);
   for (const auto &[offset, whence] : {std::pair(4, SEEK_SET),
@@ -427,7 +217,9 @@ TEST_F(Lseek, AgreesWithTheHost) {
     Guarded<int32_t> position(SENTINEL);
     off_t expected = 0;
     const Outcome outcome = call(pxflseek_, fd, offset, whence, &position);
-    EXPECT_EQ(outcome, as_the_host([&] { return expected = lseek(twin, offset, whence); }))
+    EXPECT_EQ(outcome, as_the_host([&, offset = offset, whence = whence] {
+                return expected = lseek(twin, offset, whence);
+              }))
         << offset << ' ' << whence;
     EXPECT_EQ(position, static_cast<int32_t>(expected)) << offset << ' ' << whence;
   }

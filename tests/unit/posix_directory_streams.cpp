@@ -49,7 +49,8 @@ std::vector<std::string> rest_of(int32_t stream) {
 }
 
 TEST_F(Opendir, NamesByTheRule) {
-  for (const auto &[name, ilen] : {std::pair(". ", 0), {".", 0}, {".", 1}, {".\t\n", 0}, {"..", 1}, {"./.", 3}}) {
+  for (const auto &[name, ilen] :
+       {std::pair(". ", 0), {".", 0}, {".", 1}, {".\t\n", 0}, {"..", 1}, {"./.", 3}}) {
     int32_t stream = SENTINEL;
     EXPECT_EQ(call_named(pxfopendir_, name, ilen, &stream), succeeded()) << name;
     EXPECT_NE(stream, 0);
@@ -67,8 +68,7 @@ TEST_F(Opendir, FailureIsTheHostsAndLeavesTheHandle) {
     EXPECT_EQ(call_named(pxfopendir_, name, 0, &stream),
               as_the_host([&] { return opendir(name.c_str()) == nullptr ? -1 : 0; }))
         << name;
-  as_ordinary_user(
-      [&] { EXPECT_EQ(call_named(pxfopendir_, "closed", 0, &stream), failed_with(EACCES)); });
+  as_ordinary_user([&] { EXPECT_EQ(call_named(pxfopendir_, "closed", 0, &stream), failed_with(EACCES)); });
   EXPECT_EQ(call_named(pxfopendir_, "file", 0, &stream), failed_with(ENOTDIR));
   EXPECT_EQ(stream, SENTINEL);
 }

@@ -207,7 +207,15 @@ TEST_P(Exec, PathIsTakenByTheRule) {
   EXPECT_EQ(started(argv, NO_ENVIRONMENT, std::string(SELF) + " \t ", 0).arguments, Strings{TELL});
   EXPECT_EQ(started(argv, NO_ENVIRONMENT, std::string(SELF) + "/more", 14).arguments, Strings{TELL});
   EXPECT_EQ(failing(GetParam(), std::string(SELF) + "  ", 16, argv), failed_with(ENOENT));
-  EXPECT_EQ(failing(GetParam(), "  ", 0, argv), failed_with(ENOENT));
+}
+
+TEST(Execv, BlankPathIsOneBlank) {
+  const TemporaryDirectory directory;
+  const WorkingDirectory working(directory.path());
+  EXPECT_EQ(failing(Routine::Execv, "  ", 0, Array(17, {TELL})), failed_with(ENOENT));
+  EXPECT_EQ(failing(Routine::Execve, "  ", 0, Array(17, {TELL})), failed_with(ENOENT));
+  ASSERT_EQ(symlink(SELF, " "), 0);
+  EXPECT_EQ(run_in_child([&] { execute(Routine::Execv, "  ", 0, Array(17, {TELL})); }).status, 0);
 }
 
 TEST_P(Exec, MissingFileIsEnoent) {

@@ -1,11 +1,11 @@
-// PXFACCESS, PXFCHMOD, PXFCHOWN, PXFLINK, PXFMKFIFO, PXFRENAME, PXFUNLINK, PXFUTIME, PXFPATHCONF and the tests
-// of a file's type, each against the host's own call.
+// PXFACCESS, PXFCHMOD, PXFCHOWN, PXFLINK, PXFMKFIFO, PXFRENAME, PXFUNLINK, PXFUTIME and PXFPATHCONF
+// against the host's own calls.
 #include "ordinary_user.h"
 #include "posix_calls.h"
 
 #include <ctime>
-#include <fstream>
 #include <fcntl.h>
+#include <fstream>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utime.h>
@@ -52,16 +52,9 @@ using Utime = Files;
 using Pathconf = Files;
 
 // Names on which every call fails, for a reason each.
-const std::string NO_FILES[] = {"missing",
-                                "missing/below",
-                                "file/below",
-                                "loop",
-                                "loop/below",
-                                "dangling/below",
-                                std::string(300, 'n'),
-                                std::string(5000, 'p'),
-                                " ",
-                                "file\t!"};
+const std::string NO_FILES[] = {"missing",    "missing/below",  "file/below",          "loop",
+                                "loop/below", "dangling/below", std::string(300, 'n'), std::string(5000, 'p'),
+                                " ",          "file\t!"};
 
 TEST_F(Access, AgreesWithTheHostOnEveryMode) {
   const auto check = [] {
@@ -113,19 +106,21 @@ TEST_F(Chown, GivesTheOwnerThatTheHostGives) {
     return std::pair(status_of(name).st_uid, status_of(name).st_gid);
   };
   for (const auto &[owner, group] : {std::pair(-1, -1), {1, 2}, {-1, 7}, {9, -1}, {-2, -2}, {0, 0}}) {
-    EXPECT_EQ(
-        call_named(pxfchown_, "file ", 0, owner, group),
-        as_the_host([&] { return chown("twin", static_cast<uid_t>(owner), static_cast<gid_t>(group)); }));
+    EXPECT_EQ(call_named(pxfchown_, "file ", 0, owner, group), as_the_host([owner = owner, group = group] {
+                return chown("twin", static_cast<uid_t>(owner), static_cast<gid_t>(group));
+              }));
     EXPECT_EQ(owners("file"), owners("twin")) << owner << ' ' << group;
   }
 }
 
 TEST_F(Chown, FailuresAreTheHosts) {
   for (const std::string &name : NO_FILES)
-    EXPECT_EQ(call_named(pxfchown_, name, 0, -1, -1),
-              as_the_host([&] { return chown(name.c_str(), static_cast<uid_t>(-1), static_cast<gid_t>(-1)); }))
+    EXPECT_EQ(call_named(pxfchown_, name, 0, -1, -1), as_the_host([&] {
+                return chown(name.c_str(), static_cast<uid_t>(-1), static_cast<gid_t>(-1));
+              }))
         << name;
-  as_ordinary_user([] { EXPECT_EQ(call_named(pxfchown_, "file", 0, 0, 0).answer, geteuid() == 0 ? 0 : EPERM); });
+  as_ordinary_user(
+      [] { EXPECT_EQ(call_named(pxfchown_, "file", 0, 0, 0).answer, geteuid() == 0 ? 0 : EPERM); });
 }
 
 TEST_F(Mkfifo, MakesWhatTheHostMakes) {
@@ -169,11 +164,11 @@ TEST_F(Link, EachNameHasALengthOfItsOwn) {
 
 TEST_F(Link, FailuresAreTheHosts) {
   const std::pair<std::string, std::string> pairs[] = {
-      {"missing", "new"}, {"file", "below"}, {"file", "file"}, {"below", "new"}, {"file", "file/new"},
+      {"missing", "new"}, {"file", "below"}, {"file", "file"}, {"below", "new"},     {"file", "file/new"},
       {"loop/x", "new"},  {"file", ""},      {"", "new"},      {"file", "/proc/new"}};
   for (const auto &[first, second] : pairs)
     EXPECT_EQ(call_named_twice(pxflink_, first, 0, second, 0),
-              as_the_host([&] { return link(first.c_str(), second.c_str()); }))
+              as_the_host([first = first, second = second] { return link(first.c_str(), second.c_str()); }))
         << first << ' ' << second;
   EXPECT_EQ(call_named_twice(pxflink_, "file", 0, "below", 0), failed_with(EEXIST));
 }
@@ -200,7 +195,7 @@ TEST_F(Rename, FailuresAreTheHosts) {
       {"", "new"},        {"file", ""},      {"loop/x", "new"}, {"file", "/proc/new"}};
   for (const auto &[first, second] : pairs)
     EXPECT_EQ(call_named_twice(pxfrename_, first, 0, second, 0),
-              as_the_host([&] { return rename(first.c_str(), second.c_str()); }))
+              as_the_host([first = first, second = second] { return rename(first.c_str(), second.c_str()); }))
         << first << ' ' << second;
   EXPECT_EQ(call_named_twice(pxfrename_, "file", 0, "below", 0), failed_with(EISDIR));
   EXPECT_TRUE(exists("file"));
@@ -246,7 +241,8 @@ TEST_F(Unlink, ExactLengthKeepsBlanks) {
 
 TEST_F(Utime, SetsBothTimes) {
   const OwnedRecord times("utimbuf");
-  for (const int64_t second : {int64_t{0}, int64_t{1}, int64_t{1000000000}, int64_t{-1}, int64_t{5000000000}}) {
+  for (const int64_t second :
+       {int64_t{0}, int64_t{1}, int64_t{1000000000}, int64_t{-1}, int64_t{5000000000}}) {
     record_as<UtimbufRecord>(times).actime = second;
     record_as<UtimbufRecord>(times).modtime = second + 77;
     EXPECT_EQ(call_named(pxfutime_, "file", 0, times), succeeded());
@@ -374,40 +370,6 @@ TEST_F(Pathconf, LengthWithinTheVariableIsExact) {
   EXPECT_EQ(call_named(pxfpathconf_, "file  ", 4, _PC_NAME_MAX, &ival), succeeded());
   EXPECT_EQ(call_named(pxfpathconf_, "file \t", 0, _PC_NAME_MAX, &ival), succeeded());
   EXPECT_EQ(ival, pathconf("file", _PC_NAME_MAX));
-}
-
-// Masked with 0xF000, a mode is of at most one type.
-TEST(FileType, IsToldOfEveryMode) {
-  using Test = int32_t (*)(const int32_t *);
-  struct Type {
-    int32_t bits;
-    Test traditional, of_the_module;
-  };
-  const Type types[] = {{0x4000, pxfisdir_, qxport_pxfisdir_},
-                        {0x2000, pxfischr_, qxport_pxfischr_},
-                        {0x6000, pxfisblk_, qxport_pxfisblk_},
-                        {0x8000, pxfisreg_, qxport_pxfisreg_},
-                        {0x1000, pxfisfifo_, qxport_pxfisfifo_}};
-  for (int32_t bits = 0; bits < 16; ++bits)
-    for (const int32_t others : {0, 0644, 07777, 0x10000, INT32_MIN, 0x7FFF0000}) {
-      const int32_t mode = bits << 12 | others;
-      for (const Type &type : types) {
-        const bool is = bits << 12 == type.bits;
-        EXPECT_EQ(type.traditional(&mode), is ? -1 : 0) << std::hex << mode;
-        EXPECT_EQ(type.of_the_module(&mode), is ? 1 : 0) << std::hex << mode;
-      }
-    }
-}
-
-TEST(FileType, RegularIsMinus1AndNoDirectory) {
-  const int32_t mode = 0100644;
-  EXPECT_EQ(pxfisreg_(&mode), -1);
-  EXPECT_EQ(pxfisdir_(&mode), 0);
-}
-
-TEST(FileType, TouchesNoErrorState) {
-  const int32_t mode = 0100644;
-  EXPECT_EQ(state_after([&] { pxfisreg_(&mode); }), untouched());
 }
 
 }  // namespace

@@ -191,12 +191,12 @@ protected:
       EXPECT_EQ(handed_over(routine, name, ilen, length), before + expected + behind)
           << '"' << std::string(name, std::min<size_t>(length, 100)) << "\", " << ilen;
     const OwnedRecord group("group"), passwd("passwd");
-    EXPECT_EQ(handed_over(name_routine("getgrnam", pxfgetgrnam_, static_cast<int32_t>(group)), name, ilen,
-                          length),
-              "getgrnam|" + expected + '|');
-    EXPECT_EQ(handed_over(name_routine("getpwnam", pxfgetpwnam_, static_cast<int32_t>(passwd)), name, ilen,
-                          length),
-              "getpwnam|" + expected + '|');
+    EXPECT_EQ(
+        handed_over(name_routine("getgrnam", pxfgetgrnam_, static_cast<int32_t>(group)), name, ilen, length),
+        "getgrnam|" + expected + '|');
+    EXPECT_EQ(
+        handed_over(name_routine("getpwnam", pxfgetpwnam_, static_cast<int32_t>(passwd)), name, ilen, length),
+        "getpwnam|" + expected + '|');
     EXPECT_EQ(handed_over(name_routine("opendir", pxfopendir_, &result), name, ilen, length),
               "opendir|" + expected + '|');
   }

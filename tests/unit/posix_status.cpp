@@ -1,4 +1,4 @@
-// PXFSTAT and PXFFSTAT against the host's status of the same file.
+// PXFSTAT and PXFFSTAT against the host's status of the same file, and the tests of a file's type.
 #include "ordinary_user.h"
 #include "posix_calls.h"
 
@@ -126,8 +126,7 @@ TEST_F(Stat, InAClosedDirectoryIs13) {
   chmod(directory_.path().c_str(), 0777);
   ASSERT_EQ(mkdir("closed", 0), 0);
   const OwnedRecord record("stat");
-  as_ordinary_user(
-      [&] { EXPECT_EQ(call_named(pxfstat_, "closed/file", 0, record), failed_with(EACCES)); });
+  as_ordinary_user([&] { EXPECT_EQ(call_named(pxfstat_, "closed/file", 0, record), failed_with(EACCES)); });
 }
 
 TEST_F(Stat, ChecksTheHandleBeforeTheName) {
@@ -146,7 +145,8 @@ TEST_F(Fstat, OfEveryTypeIsTheHosts) {
   int pipes[2], sockets[2];
   ASSERT_EQ(pipe(pipes), 0);
   ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, sockets), 0);
-  const int file = open("file", O_RDONLY), directory = open(".", O_RDONLY), null = open("/dev/null", O_WRONLY);
+  const int file = open("file", O_RDONLY), directory = open(".", O_RDONLY),
+            null = open("/dev/null", O_WRONLY);
   for (const int fd : {pipes[0], pipes[1], sockets[0], sockets[1], file, directory, null}) {
     const OwnedRecord record("stat");
     fill_record(record);
@@ -172,6 +172,40 @@ TEST_F(Fstat, ChecksTheHandleBeforeTheDescriptor) {
   for (const int fd : {file, -1})
     expect_handle_checked("stat", [&](int32_t handle) { return call(pxffstat_, fd, handle); });
   close(file);
+}
+
+// Masked with 0xF000, a mode is of at most one type.
+TEST(FileType, IsToldOfEveryMode) {
+  using Test = int32_t (*)(const int32_t *);
+  struct Type {
+    int32_t bits;
+    Test traditional, of_the_module;
+  };
+  const Type types[] = {{0x4000, pxfisdir_, qxport_pxfisdir_},
+                        {0x2000, pxfischr_, qxport_pxfischr_},
+                        {0x6000, pxfisblk_, qxport_pxfisblk_},
+                        {0x8000, pxfisreg_, qxport_pxfisreg_},
+                        {0x1000, pxfisfifo_, qxport_pxfisfifo_}};
+  for (int32_t bits = 0; bits < 16; ++bits)
+    for (const int32_t others : {0, 0644, 07777, 0x10000, INT32_MIN, 0x7FFF0000}) {
+      const int32_t mode = bits << 12 | others;
+      for (const Type &type : types) {
+        const bool is = bits << 12 == type.bits;
+        EXPECT_EQ(type.traditional(&mode), is ? -1 : 0) << std::hex << mode;
+        EXPECT_EQ(type.of_the_module(&mode), is ? 1 : 0) << std::hex << mode;
+      }
+    }
+}
+
+TEST(FileType, RegularIsMinus1AndNoDirectory) {
+  const int32_t mode = 0100644;
+  EXPECT_EQ(pxfisreg_(&mode), -1);
+  EXPECT_EQ(pxfisdir_(&mode), 0);
+}
+
+TEST(FileType, TouchesNoErrorState) {
+  const int32_t mode = 0100644;
+  EXPECT_EQ(state_after([&] { pxfisreg_(&mode); }), untouched());
 }
 
 }  // namespace

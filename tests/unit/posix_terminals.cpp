@@ -14,7 +14,7 @@ namespace {
 using qxport::TermiosRecord;
 
 constexpr int32_t NO_DESCRIPTORS[] = {-1, 1 << 20, INT32_MAX, INT32_MIN};
-constexpr speed_t SPEEDS[] = {B0,    B50,   B75,   B110,  B134,   B150,   B200,   B300,   B600,   B1200,
+constexpr speed_t SPEEDS[] = {B0,    B50,   B75,   B110,  B134,   B150,   B200,   B300,    B600,   B1200,
                               B1800, B2400, B4800, B9600, B19200, B38400, B57600, B115200, B230400};
 
 class Terminal : public testing::Test {
@@ -226,8 +226,9 @@ TEST_F(Speed, RecordIsWrittenBackAfterSuccessAndFailure) {
       for (int i = 0; i < 20; ++i)
         fields.c_cc[i] = 0x12345600 + 240 + i;
       termios host = {};
-      EXPECT_EQ(call(set, record, speed),
-                as_the_host([&] { return host_set(&host, static_cast<speed_t>(speed)); }))
+      EXPECT_EQ(call(set, record, speed), as_the_host([&, host_set = host_set] {
+                  return host_set(&host, static_cast<speed_t>(speed));
+                }))
           << speed;
       for (int i = 0; i < 20; ++i)
         EXPECT_EQ(fields.c_cc[i], (240 + i) % 256);
@@ -374,7 +375,8 @@ TEST_F(ForegroundGroup, OfTheControllingTerminalIsReadAndSet) {
     EXPECT_EQ(group, other);
     // A group of another session, none at all, and a number that is none.
     for (const int32_t wrong : {1, 0, -1, INT32_MAX, INT32_MIN})
-      EXPECT_EQ(call(pxftcsetpgrp_, terminal_, wrong), as_the_host([&] { return tcsetpgrp(terminal_, wrong); }))
+      EXPECT_EQ(call(pxftcsetpgrp_, terminal_, wrong),
+                as_the_host([&] { return tcsetpgrp(terminal_, wrong); }))
           << wrong;
     EXPECT_EQ(call(pxftcsetpgrp_, terminal_, -1), failed_with(EINVAL));
     EXPECT_EQ(tcgetpgrp(terminal_), other);

@@ -85,7 +85,7 @@ TYPED_TEST(ArrayOf, SetTakesAsManyElementsAsIalenSays) {
     std::array<int32_t, ELEMENTS> expected;
     std::copy_n(this->elements(), ELEMENTS, expected.begin());
     std::array<TypeParam, ROOM> value;
-    std::iota(value.begin(), value.end(), -length % 1000);
+    std::iota(value.begin(), value.end(), length % 1000);
     for (int32_t i = 0; i < used(length); ++i)
       expected[i] = static_cast<int32_t>(value[i]);
     Guarded<int32_t> ialen(length);

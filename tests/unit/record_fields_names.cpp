@@ -55,7 +55,7 @@ protected:
   Outcome get(const std::string &text) { return get(text.data(), length_of_name(text)); }
 
   static bool names_a_component(const std::string &text) {
-    const std::vector<NameOfKind> known = names();
+    static const std::vector<NameOfKind> known = names();
     return std::any_of(known.begin(), known.end(), [&](const NameOfKind &another) {
       return another.kind == GetParam().kind && strcasecmp(text.c_str(), another.component.name.c_str()) == 0;
     });
