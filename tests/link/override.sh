@@ -34,10 +34,10 @@ names() {
   "$PYTHON" "$sources/catalogue_names.py" "$SOURCE_DIR/api" "$1"
 }
 mapfile -t routines < <(apigen --list-symbols qxport --target "$TARGET" | grep -vxF "$(names data)")
-mapfile -t services < <(names service)
+mapfile -t core < <(apigen --list-symbols qxcore --target "$TARGET" | grep -v '^qxport_')
 "$PYTHON" "$sources/every_name.py" "${routines[@]}" >every_routine.c
-# With all services of its own a program needs no companion.
-"$PYTHON" "$sources/every_name.py" "${routines[@]}" "${services[@]}" >every_routine_and_service.c
+# With all of the companion's names too a program needs none.
+"$PYTHON" "$sources/every_name.py" "${routines[@]}" "${core[@]}" >every_routine_and_service.c
 
 mapfile -t libraries < <(shared posix)
 program_c every_routine_shared every_routine.c "${libraries[@]}"

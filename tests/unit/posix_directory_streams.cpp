@@ -69,6 +69,7 @@ TEST_F(Opendir, FailureIsTheHostsAndLeavesTheHandle) {
               as_the_host([&] { return opendir(name.c_str()) == nullptr ? -1 : 0; }))
         << name;
   as_ordinary_user([&] { EXPECT_EQ(call_named(pxfopendir_, "closed", 0, &stream), failed_with(EACCES)); });
+  chmod("closed", 0700);
   EXPECT_EQ(call_named(pxfopendir_, "file", 0, &stream), failed_with(ENOTDIR));
   EXPECT_EQ(stream, SENTINEL);
 }

@@ -127,6 +127,7 @@ TEST_F(Stat, InAClosedDirectoryIs13) {
   ASSERT_EQ(mkdir("closed", 0), 0);
   const OwnedRecord record("stat");
   as_ordinary_user([&] { EXPECT_EQ(call_named(pxfstat_, "closed/file", 0, record), failed_with(EACCES)); });
+  chmod("closed", 0700);
 }
 
 TEST_F(Stat, ChecksTheHandleBeforeTheName) {

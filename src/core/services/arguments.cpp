@@ -16,7 +16,8 @@ __attribute__((constructor)) void keep_arguments(int count, char **values) {
 }  // namespace
 
 void for_getarg(const int32_t *m, char *value, int32_t *length, intptr_t value_length) {
-  if (*m < 0 || *m >= argument_count) {
+  // A main that shortened its vector left a null in it.
+  if (*m < 0 || *m >= argument_count || arguments[*m] == nullptr) {
     qxport::blank_fill(value, value_length);
     *length = -1;
     return;
