@@ -20,7 +20,8 @@ public:
       text_ = static_cast<char *>(malloc(count + 1));
     if (text_ == nullptr)
       return;
-    memcpy(text_, name, count);
+    if (count > 0)
+      memcpy(text_, name, count);
     text_[count] = '\0';
   }
   ~VariableName() {
@@ -68,7 +69,7 @@ Template template_of(const char *envname, charlen envname_len) {
 
 // A template that is a leading part of the saved one counts as unchanged: the scan goes on.
 void begin_if_changed(const Template &wanted) {
-  if (strncmp(wanted.text, env_template_name, wanted.length) == 0)
+  if (memcmp(wanted.text, env_template_name, wanted.length) == 0)
     return;
   memcpy(env_template_name, wanted.text, wanted.length);
   env_template_name[wanted.length] = '\0';

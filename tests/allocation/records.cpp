@@ -1,5 +1,5 @@
-// Records and handles with each of their allocations failing in turn: what is reported, what is left, and that
-// nothing leaks.
+// Records and handles with each of their allocations failing in turn: what is reported, what is left, and
+// that nothing leaks.
 #include "failing_allocations.h"
 #include "record_calls.h"
 

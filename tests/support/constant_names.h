@@ -1,5 +1,5 @@
-// The binding's constants by group, each with the value that this host's headers give it, or with the binding's
-// own. Typed out apart from the library's list.
+// The binding's constants by group, each with the value that this host's headers give it, or with the
+// binding's own. Typed out apart from the library's list.
 #ifndef TESTS_SUPPORT_CONSTANT_NAMES_H
 #define TESTS_SUPPORT_CONSTANT_NAMES_H
 

@@ -71,24 +71,20 @@ inline Outcome release(int32_t *handle) {
 }
 
 inline Outcome intget(int32_t handle, const std::string &name, int32_t *value) {
-  return reported_by([&](int32_t *ierror) {
-    pxfintget_(&handle, name.data(), value, ierror, length_of_name(name));
-  });
+  return reported_by(
+      [&](int32_t *ierror) { pxfintget_(&handle, name.data(), value, ierror, length_of_name(name)); });
 }
 inline Outcome intset(int32_t handle, const std::string &name, int32_t value) {
-  return reported_by([&](int32_t *ierror) {
-    pxfintset_(&handle, name.data(), &value, ierror, length_of_name(name));
-  });
+  return reported_by(
+      [&](int32_t *ierror) { pxfintset_(&handle, name.data(), &value, ierror, length_of_name(name)); });
 }
 inline Outcome int8get(int32_t handle, const std::string &name, int64_t *value) {
-  return reported_by([&](int32_t *ierror) {
-    pxfint8get_(&handle, name.data(), value, ierror, length_of_name(name));
-  });
+  return reported_by(
+      [&](int32_t *ierror) { pxfint8get_(&handle, name.data(), value, ierror, length_of_name(name)); });
 }
 inline Outcome int8set(int32_t handle, const std::string &name, int64_t value) {
-  return reported_by([&](int32_t *ierror) {
-    pxfint8set_(&handle, name.data(), &value, ierror, length_of_name(name));
-  });
+  return reported_by(
+      [&](int32_t *ierror) { pxfint8set_(&handle, name.data(), &value, ierror, length_of_name(name)); });
 }
 inline Outcome aintget(int32_t handle, const std::string &name, int32_t *value, int32_t *ialen) {
   return reported_by([&](int32_t *ierror) {

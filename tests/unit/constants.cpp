@@ -81,8 +81,9 @@ const std::set<std::string> &names_in_capitals() {
 
 // Of the name as it is taken: up to a blank or NUL.
 bool is_listed(const std::string &name) {
-  return std::any_of(names_in_capitals().begin(), names_in_capitals().end(),
-                     [&](const std::string &listed) { return strcasecmp(listed.c_str(), name.c_str()) == 0; });
+  return std::any_of(names_in_capitals().begin(), names_in_capitals().end(), [&](const std::string &listed) {
+    return strcasecmp(listed.c_str(), name.c_str()) == 0;
+  });
 }
 
 class EachGroup : public testing::TestWithParam<ConstantGroup> {};
@@ -126,8 +127,8 @@ TEST_P(EachGroup, NameEndsAtItsFirstBlankOrNul) {
   for (const HostConstant &constant : GetParam().constants) {
     const std::string name = constant.name;
     for (const std::string &behind :
-         {std::string(" "), std::string("   "), std::string(" X"), std::string(" SIGHUP"), std::string("\0X", 2),
-          std::string(10'000, ' '), ' ' + std::string(10'000, 'X')})
+         {std::string(" "), std::string("   "), std::string(" X"), std::string(" SIGHUP"),
+          std::string("\0X", 2), std::string(10'000, ' '), ' ' + std::string(10'000, 'X')})
       EXPECT_EQ(look_up(name + behind), known(constant.value)) << name + behind;
   }
 }
@@ -149,8 +150,8 @@ TEST_P(EachGroup, OtherWhiteSpaceIsPartOfTheName) {
 TEST_P(EachGroup, PartsAndExtensionsAreOtherNames) {
   for (const HostConstant &constant : GetParam().constants) {
     const std::string name = constant.name;
-    std::vector<std::string> others = {name.substr(1), name.substr(0, name.size() - 1), 'X' + name, '_' + name,
-                                       name + '\x80'};
+    std::vector<std::string> others = {name.substr(1), name.substr(0, name.size() - 1), 'X' + name,
+                                       '_' + name, name + '\x80'};
     for (size_t length = 1; length <= 40; ++length)
       others.push_back(name + std::string(length, 'X'));
     others.push_back(name + std::string(10'000, 'X'));
@@ -216,8 +217,8 @@ TEST(Constants, BindingsOwnNumbersAreTheSameEverywhere) {
 }
 
 TEST(Constants, EmptyNamesAreUnknown) {
-  for (const std::string &name : {std::string(), std::string(" "), std::string("      "), std::string(1, '\0'),
-                                  std::string("\0SIGINT", 7), std::string(" SIGINT")})
+  for (const std::string &name : {std::string(), std::string(" "), std::string("      "),
+                                  std::string(1, '\0'), std::string("\0SIGINT", 7), std::string(" SIGINT")})
     expect_found(name, unknown());
   EXPECT_EQ(look_up(nullptr, 0), unknown());
 }

@@ -320,8 +320,9 @@ TEST_F(Handles, TablesStayEmpty) {
 
 TEST_F(Handles, ForeignNumbersAreRefused) {
   const std::vector<int32_t> handles = enter_many(100);
-  for (const int32_t handle : {1, 16, 256, 257, -1, -256, INT32_MAX, INT32_MIN, handles[99] + 1, handles[0] - 1,
-                               static_cast<int32_t>(reinterpret_cast<intptr_t>(AllocatableHandles))}) {
+  for (const int32_t handle :
+       {1, 16, 256, 257, -1, -256, INT32_MAX, INT32_MIN, handles[99] + 1, handles[0] - 1,
+        static_cast<int32_t>(reinterpret_cast<intptr_t>(AllocatableHandles))}) {
     EXPECT_EQ(resolve(handle), nullptr) << handle;
     EXPECT_EQ(resolve_static(handle), nullptr) << handle;
     EXPECT_EQ(free_alloc_handle(handle), -1) << handle;

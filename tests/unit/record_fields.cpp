@@ -76,8 +76,12 @@ Routine array_get(const char *name, Outcome (*get)(int32_t, const std::string &,
   };
   Integer former[20];
   std::fill_n(former, 20, SENTINEL);
-  return {name, ARRAYS, call, hold(in_words(former), 20),
-          [](const std::string &content) { return hold(content, 20); }, keep};
+  return {name,
+          ARRAYS,
+          call,
+          hold(in_words(former), 20),
+          [](const std::string &content) { return hold(content, 20); },
+          keep};
 }
 
 template <typename Integer>
@@ -93,7 +97,11 @@ Routine array_set(const char *name,
   Integer elements[20];
   std::fill_n(elements, 20, -5);
   const Variables inputs = hold(in_words(elements), 20);
-  return {name, ARRAYS, call, inputs, [inputs](const std::string &) { return inputs; },
+  return {name,
+          ARRAYS,
+          call,
+          inputs,
+          [inputs](const std::string &) { return inputs; },
           [](const std::string &) {
             std::string content;
             for (int i = 0; i < 20; ++i)
@@ -139,11 +147,14 @@ std::vector<Routine> routines() {
          return Answer{outcome, hold(value)};
        },
        hold(SENTINEL), [](const std::string &content) { return hold(content); }, keep},
-      {"pxfintset", SETTABLE_NUMBERS,
+      {"pxfintset",
+       SETTABLE_NUMBERS,
        [](int32_t handle, const std::string &compnam) {
          return Answer{intset(handle, compnam, -4711), {}};
        },
-       {}, [](const std::string &) { return Variables(); }, [](const std::string &) { return "-4711"; }},
+       {},
+       [](const std::string &) { return Variables(); },
+       [](const std::string &) { return "-4711"; }},
       {"pxfint8get", NUMBERS,
        [](int32_t handle, const std::string &compnam) {
          Guarded<int64_t> value(MARK_IN_THE_UPPER_HALF);
@@ -155,11 +166,14 @@ std::vector<Routine> routines() {
          return hold(MARK_IN_THE_UPPER_HALF | static_cast<uint32_t>(std::stoll(content)));
        },
        keep},
-      {"pxfint8set", SETTABLE_NUMBERS,
+      {"pxfint8set",
+       SETTABLE_NUMBERS,
        [](int32_t handle, const std::string &compnam) {
          return Answer{int8set(handle, compnam, -4712), {}};
        },
-       {}, [](const std::string &) { return Variables(); }, [](const std::string &) { return "-4712"; }},
+       {},
+       [](const std::string &) { return Variables(); },
+       [](const std::string &) { return "-4712"; }},
       array_get<int32_t>("pxfaintget", aintget),
       array_set<int32_t>("pxfaintset", aintset),
       array_get<int64_t>("pxfaint8get", aint8get),
@@ -171,11 +185,13 @@ std::vector<Routine> routines() {
          return Answer{outcome, hold(value)};
        },
        hold(SENTINEL), [](const std::string &content) { return hold(element_of(content, INDEX)); }, keep},
-      {"pxfeintset", ARRAYS,
+      {"pxfeintset",
+       ARRAYS,
        [](int32_t handle, const std::string &compnam) {
          return Answer{eintset(handle, compnam, INDEX, -4713), {}};
        },
-       {}, [](const std::string &) { return Variables(); },
+       {},
+       [](const std::string &) { return Variables(); },
        [](const std::string &content) { return with_element(content, INDEX, -4713); }},
       {"pxfstrget", TEXTS,
        [](int32_t handle, const std::string &compnam) {
@@ -185,11 +201,13 @@ std::vector<Routine> routines() {
          return Answer{outcome, hold(value.text(), ilen)};
        },
        hold(std::string(40, '#'), SENTINEL), text_in_40, keep},
-      {"pxfstrset", TEXTS,
+      {"pxfstrset",
+       TEXTS,
        [](int32_t handle, const std::string &compnam) {
          return Answer{strset(handle, compnam, "new text  "), {}};
        },
-       {}, [](const std::string &) { return Variables(); },
+       {},
+       [](const std::string &) { return Variables(); },
        [](const std::string &content) {
          // In the record the former bytes behind the NUL stay.
          std::string text = "new text";

@@ -109,41 +109,28 @@ void call_module_estrset(Arguments &a, int32_t *ierror) {
 }
 
 // Each under its traditional name and under the one that the module binds to.
-#define BOTH(form, routine) {#routine, form(routine##_)}, {"module_" #routine, form(qxport_##routine##_)}
+#define BOTH(form, routine)                                                                                  \
+  {#routine, form(routine##_)}, {                                                                            \
+    "module_" #routine, form(qxport_##routine##_)                                                            \
+  }
 
 const Refusal REFUSALS[] = {
-    BOTH(scalar, pxfrealget),
-    BOTH(scalar, pxfrealset),
-    BOTH(scalar, pxflgclget),
-    BOTH(scalar, pxflgclset),
-    BOTH(scalar, pxfcharget),
-    BOTH(scalar, pxfcharset),
-    BOTH(scalar, pxfdblget),
-    BOTH(scalar, pxfdblset),
-    BOTH(array, pxfarealget),
-    BOTH(array, pxfarealset),
-    BOTH(element, pxferealget),
-    BOTH(element, pxferealset),
-    BOTH(element, pxfeint8get),
-    BOTH(element, pxfeint8set),
-    BOTH(array, pxfalgclget),
-    BOTH(array, pxfalgclset),
-    BOTH(element, pxfelgclget),
-    BOTH(element, pxfelgclset),
-    BOTH(array, pxfacharget),
-    BOTH(array, pxfacharset),
-    BOTH(element, pxfecharget),
-    BOTH(element, pxfecharset),
-    BOTH(array, pxfadblget),
-    BOTH(array, pxfadblset),
-    BOTH(element, pxfedblget),
-    BOTH(element, pxfedblset),
-    {"pxfastrget", call_astrget},
-    {"module_pxfastrget", call_module_astrget},
-    {"pxfastrset", call_astrset},
-    {"module_pxfastrset", call_module_astrset},
-    {"pxfestrset", call_estrset},
-    {"module_pxfestrset", call_module_estrset},
+    BOTH(scalar, pxfrealget),     BOTH(scalar, pxfrealset),
+    BOTH(scalar, pxflgclget),     BOTH(scalar, pxflgclset),
+    BOTH(scalar, pxfcharget),     BOTH(scalar, pxfcharset),
+    BOTH(scalar, pxfdblget),      BOTH(scalar, pxfdblset),
+    BOTH(array, pxfarealget),     BOTH(array, pxfarealset),
+    BOTH(element, pxferealget),   BOTH(element, pxferealset),
+    BOTH(element, pxfeint8get),   BOTH(element, pxfeint8set),
+    BOTH(array, pxfalgclget),     BOTH(array, pxfalgclset),
+    BOTH(element, pxfelgclget),   BOTH(element, pxfelgclset),
+    BOTH(array, pxfacharget),     BOTH(array, pxfacharset),
+    BOTH(element, pxfecharget),   BOTH(element, pxfecharset),
+    BOTH(array, pxfadblget),      BOTH(array, pxfadblset),
+    BOTH(element, pxfedblget),    BOTH(element, pxfedblset),
+    {"pxfastrget", call_astrget}, {"module_pxfastrget", call_module_astrget},
+    {"pxfastrset", call_astrset}, {"module_pxfastrset", call_module_astrset},
+    {"pxfestrset", call_estrset}, {"module_pxfestrset", call_module_estrset},
 };
 static_assert(std::size(REFUSALS) == 2 * 29);
 

@@ -1,5 +1,5 @@
-// PXFINTGET, PXFINTSET, PXFINT8GET, PXFINT8SET: widths, ranges, and what one routine stores as the others read
-// it.
+// PXFINTGET, PXFINTSET, PXFINT8GET, PXFINT8SET: widths, ranges, and what one routine stores as the others
+// read it.
 #include "record_calls.h"
 
 #include <limits>
@@ -76,9 +76,9 @@ TEST_P(Number, Integer4IsStoredWithItsSign) {
 
 TEST_P(Number, Integer8IsStoredWholeOrCutToItsLowHalf) {
   for (const int64_t value :
-       {int64_t{0}, int64_t{1}, int64_t{-1}, HIGHEST, HIGHEST + 1, HIGHEST + 2, LOWEST, LOWEST - 1, LOWEST - 2,
-        int64_t{3'000'000'000}, (int64_t{1} << 32) + 5, int64_t{0xFFFFFFFF}, int64_t{1} << 32, INT64_MAX,
-        INT64_MIN, int64_t{0x123456789ABCDEF0}, -(int64_t{1} << 32) - 5}) {
+       {int64_t{0}, int64_t{1}, int64_t{-1}, HIGHEST, HIGHEST + 1, HIGHEST + 2, LOWEST, LOWEST - 1,
+        LOWEST - 2, int64_t{3'000'000'000}, (int64_t{1} << 32) + 5, int64_t{0xFFFFFFFF}, int64_t{1} << 32,
+        INT64_MAX, INT64_MIN, int64_t{0x123456789ABCDEF0}, -(int64_t{1} << 32) - 5}) {
     EXPECT_EQ(int8set(record, name(), value), succeeded());
     expect_holds(is_wide() ? value : static_cast<int32_t>(value));
   }

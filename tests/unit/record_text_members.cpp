@@ -73,7 +73,8 @@ TEST_F(Members, IndexComesBeforeTheName) {
 }
 
 TEST_F(Members, OtherNamesOfAGroup) {
-  for (const std::string name : {"gr_name", "gr_gid", "gr_nmem", "gr_me", "gr_mem1", "nothing", "", " gr_mem"})
+  for (const std::string name :
+       {"gr_name", "gr_gid", "gr_nmem", "gr_me", "gr_mem1", "nothing", "", " gr_mem"})
     expect_refused(refused(NO_SUCH_NAME), record, name, 1);
 }
 

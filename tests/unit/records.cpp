@@ -86,7 +86,8 @@ TEST_P(EachKind, NameEndsAtItsFirstBlank) {
 
 TEST_P(EachKind, NameEndsAtANul) {
   EXPECT_EQ(code_made_by(GetParam().name + std::string("\0x", 2)), GetParam().code);
-  EXPECT_EQ(code_made_by(GetParam().name.substr(0, 2) + std::string(1, '\0') + GetParam().name.substr(2)), 0u);
+  EXPECT_EQ(code_made_by(GetParam().name.substr(0, 2) + std::string(1, '\0') + GetParam().name.substr(2)),
+            0u);
 }
 
 TEST_P(EachKind, OtherNamesAreUnknown) {
@@ -108,10 +109,9 @@ TEST_P(EachKind, OtherNamesAreUnknown) {
 TEST_P(EachKind, NothingBehindTheNameIsRead) {
   const FencedText name(GetParam().name);
   int32_t handle = 0;
-  EXPECT_EQ(reported_by([&](int32_t *ierror) {
-              pxfstructcreate_(name.data(), &handle, ierror, name.length());
-            }),
-            succeeded());
+  EXPECT_EQ(
+      reported_by([&](int32_t *ierror) { pxfstructcreate_(name.data(), &handle, ierror, name.length()); }),
+      succeeded());
   EXPECT_EQ(release(&handle), succeeded());
 }
 
@@ -165,16 +165,15 @@ TEST(Create, StatsIsUnknown) {
 
 TEST(Create, EmptyNamesAreUnknown) {
   for (const std::string &name : {std::string(), std::string(" "), std::string(1, '\0'),
-                                 std::string("\0stat", 5), std::string("      ")})
+                                  std::string("\0stat", 5), std::string("      ")})
     EXPECT_EQ(code_made_by(name), 0u);
 }
 
 TEST(Create, NegativeHiddenLengthIsTheEmptyName) {
   int32_t handle = FORMER;
   for (const qxport_charlen length : {qxport_charlen{-1}, qxport_charlen{INTPTR_MIN}})
-    EXPECT_EQ(
-        reported_by([&](int32_t *ierror) { pxfstructcreate_("stat", &handle, ierror, length); }),
-        refused_silently(NO_SUCH_NAME));
+    EXPECT_EQ(reported_by([&](int32_t *ierror) { pxfstructcreate_("stat", &handle, ierror, length); }),
+              refused_silently(NO_SUCH_NAME));
   EXPECT_EQ(handle, FORMER);
 }
 

@@ -100,8 +100,14 @@ TEST_P(CopyOfKind, WrongNamesAreRefused) {
   const FilledRecord source(kind());
   const FilledRecord destination(kind(), 5'000'000);
   const Contents before = contents_of(destination);
-  std::vector<std::string> names = {"", " ", ' ' + kind(), kind() + "x", kind() + '\t', "none",
-                                    std::string(10'000, 'x'), kind() + std::string(10'000, 'x')};
+  std::vector<std::string> names = {"",
+                                    " ",
+                                    ' ' + kind(),
+                                    kind() + "x",
+                                    kind() + '\t',
+                                    "none",
+                                    std::string(10'000, 'x'),
+                                    kind() + std::string(10'000, 'x')};
   for (const KnownKind &other : known_kinds())
     if (other.name != kind())
       names.push_back(other.name);

@@ -46,9 +46,8 @@ std::array<Procedure, sizeof...(Numbers)> make_many(std::integer_sequence<int32_
 }
 
 Outcome get_handle(Procedure procedure, int32_t *handle) {
-  return reported_by([&](int32_t *ierror) {
-    pxfgetsubhandle_(reinterpret_cast<void (*)()>(procedure), handle, ierror);
-  });
+  return reported_by(
+      [&](int32_t *ierror) { pxfgetsubhandle_(reinterpret_cast<void (*)()>(procedure), handle, ierror); });
 }
 
 int32_t handle_of(Procedure procedure) {

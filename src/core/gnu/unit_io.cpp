@@ -10,6 +10,8 @@
 
 namespace {
 
+// Asked before anything else of a negative number, which may be one that the run-time keeps for an internal
+// file: its other routines crash on those.
 bool is_connected(int32_t unit) {
   return qxcore_gnu_descriptor(unit) >= 0;
 }
@@ -20,6 +22,8 @@ bool is_connected(int32_t unit) {
 // for the position or sets it, which brings them together.
 int32_t __msportlib_d_readchar(intptr_t unit) {
   const int32_t number = static_cast<int32_t>(unit);
+  if (number < 0 && !is_connected(number))
+    return -EBADF;
   char next;
   const int32_t status = qxcore_gnu_read_character(&number, &next);
   if (status == 0)
@@ -31,6 +35,8 @@ int32_t __msportlib_d_readchar(intptr_t unit) {
 
 int32_t __msportlib_d_writechar(intptr_t unit, int32_t character) {
   const int32_t number = static_cast<int32_t>(unit);
+  if (number < 0 && !is_connected(number))
+    return -EBADF;
   if (qxcore_gnu_write_character(number, character) == 0)
     return 0;
   return is_connected(number) ? -EIO : -EBADF;

@@ -16,8 +16,17 @@ contains
   function descriptor(unit) bind(C, name='qxcore_gnu_descriptor') result(answer)
     integer(c_intptr_t), value :: unit
     integer(c_int32_t) :: answer
+    integer :: status
+    logical :: opened
+    character(9) :: share
     answer = -1
     if (unit > huge(0) .or. unit < -huge(0)) return
+    if (unit < 0) then
+      ! A number of the run-time's own, kept for internal files, looks open, but FNUM and other inquiries crash on it. It
+      ! alone denies sharing; a unit that NEWUNIT made does not.
+      inquire (unit=int(unit), opened=opened, share=share, iostat=status)
+      if (status /= 0 .or. .not. opened .or. share == 'DENYRW') return
+    end if
     answer = fnum(int(unit))
   end function
 
