@@ -27,22 +27,18 @@ contains
     type(pipeline), intent(in) :: line
     type(word), allocatable :: arguments(:)
     integer :: status
-    if (size(line%commands) > 1 .or. line%background) then
-      call launch(line)
-      return
-    end if
     call expand_words(line%commands(1)%words, arguments)
-    if (size(arguments) == 0 .or. is_builtin(arguments)) then
+    if (size(line%commands) > 1 .or. line%background .or. .not. is_for_the_shell(arguments)) then
+      call launch(line)
+    else
       call run_here(line%commands(1), arguments, status)
       last_status = status
-    else
-      call launch(line)
     end if
   end subroutine
 
   subroutine expand_words(words, arguments)
     type(word), intent(in) :: words(:)
-    type(word), allocatable, intent(out) :: arguments(:)
+    type(word), allocatable, intent(inout) :: arguments(:)
     type(word) :: expanded(size(words))
     logical :: present
     integer :: i, count
@@ -62,11 +58,12 @@ contains
     job = add_job(line%text)
     input = -1
     group = 0
+    process = 0
+    error = 0
     do i = 1, size(line%commands)
       call expand_words(line%commands(i)%words, arguments)
       next_input = -1
       output = -1
-      error = 0
       if (i < size(line%commands)) call pxfpipe(next_input, output, error)
       call hold_keys(.true.)
       if (error == 0) call pxffork(process, error)
@@ -119,13 +116,10 @@ contains
     integer :: status
     status = refused
     if (redirected(item%redirections)) then
-      status = 0
-      if (size(arguments) > 0) then
-        if (is_builtin(arguments)) then
-          call run_builtin(arguments, status)
-        else
-          call execute(arguments, status)
-        end if
+      if (is_for_the_shell(arguments)) then
+        call run_builtin(arguments, status)
+      else
+        call execute(arguments, status)
       end if
     end if
     call pxffastexit(status)
@@ -202,6 +196,13 @@ contains
     call pxfopen(name//achar(0), len(name) + 1, flags, permissions, descriptor, error)
   end subroutine
 
+  ! No command at all is the shell's affair too.
+  logical function is_for_the_shell(arguments)
+    type(word), intent(in) :: arguments(:)
+    is_for_the_shell = .true.
+    if (size(arguments) > 0) is_for_the_shell = is_builtin(arguments)
+  end function
+
   logical function is_builtin(arguments)
     type(word), intent(in) :: arguments(:)
     is_builtin = index(' bg cd exit export fg jobs wait ', ' '//arguments(1)%text//' ') > 0
@@ -217,10 +218,7 @@ contains
     integer :: i, ierror
     allocate (saved(0))
     status = refused
-    if (redirected(item%redirections, saved)) then
-      status = 0
-      if (size(arguments) > 0) call run_builtin(arguments, status)
-    end if
+    if (redirected(item%redirections, saved)) call run_builtin(arguments, status)
     do i = size(saved), 1, -1
       if (saved(i)%copy < 0) call pxfclose(saved(i)%descriptor, ierror)
       call move_descriptor(saved(i)%copy, saved(i)%descriptor)
@@ -231,6 +229,7 @@ contains
     type(word), intent(in) :: arguments(:)
     integer, intent(out) :: status
     status = 0
+    if (size(arguments) == 0) return
     select case (arguments(1)%text)
     case ('cd')
       call change_directory(arguments, status)

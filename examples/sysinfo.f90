@@ -79,9 +79,9 @@ contains
       '_PC_NO_TRUNC _PC_VDISABLE')
     call print_group('Length of a system name', PLAIN, 'SYS_NMLN _SYS_NAMELEN')
     call print_group('Error numbers of the system', PLAIN, &
-      'EPERM ENOENT ESRCH EINTR EIO ENXIO E2BIG ENOEXEC EBADF ECHILD EAGAIN ENOMEM EACCES EFAULT EBUSY EEXIST EXDEV '// &
-      'ENODEV ENOTDIR EISDIR EINVAL ENFILE EMFILE ENOTTY EFBIG ENOSPC ESPIPE EROFS EMLINK EPIPE EDOM ERANGE EDEADLK '// &
-      'EDEADLOCK ENAMETOOLONG ENOLCK ENOSYS ENOTEMPTY EILSEQ')
+      'EPERM ENOENT ESRCH EINTR EIO ENXIO E2BIG ENOEXEC EBADF ECHILD EAGAIN ENOMEM EACCES EFAULT EBUSY EEXIST '// &
+      'EXDEV ENODEV ENOTDIR EISDIR EINVAL ENFILE EMFILE ENOTTY EFBIG ENOSPC ESPIPE EROFS EMLINK EPIPE EDOM ERANGE '// &
+      'EDEADLK EDEADLOCK ENAMETOOLONG ENOLCK ENOSYS ENOTEMPTY EILSEQ')
     call print_group('Error numbers of the binding', PLAIN, 'EARRAYLEN ENONAME ENOHANDLE ETRUNC EEND')
   end subroutine print_constants
 
@@ -233,7 +233,8 @@ contains
       call try(COMPONENTS(i))
       former = COMPONENTS(i)%record
     end do
-    print '(2x, a)', 'An INTEGER(8) that an INTEGER(4) cannot hold is refused by pxfintget with ERANGE (but sa_handler,', &
+    print '(2x, a)', &
+      'An INTEGER(8) that an INTEGER(4) cannot hold is refused by pxfintget with ERANGE (but sa_handler,', &
       'which is cut); pxfint8get writes the low 32 bits of any number into the low half of its variable.'
   end subroutine print_records
 

@@ -48,8 +48,8 @@ contains
                     constant('SIGXFSZ', 25), constant('SIGVTALRM', 26), constant('SIGPROF', 27), &
                     constant('SIGWINCH', 28), constant('SIGIO', 29), constant('SIGSYS', 31)])
     call check_all([constant('SIGEMT', -1), constant('SIGINFO', -1)])
-    call check_all([constant('SA_NOCLDSTOP', 1), constant('SA_RESTART', 268435456), constant('SA_NODEFER', 1073741824), &
-                    constant('SA_RESETHAND', -huge(0) - 1)])
+    call check_all([constant('SA_NOCLDSTOP', 1), constant('SA_RESTART', 268435456), &
+                    constant('SA_NODEFER', 1073741824), constant('SA_RESETHAND', -huge(0) - 1)])
     call check_all([constant('SIG_BLOCK', 0), constant('SIG_UNBLOCK', 1), constant('SIG_SETMASK', 2)])
     call check_all([constant('SIG_DFL', 0), constant('SIG_IGN', 1), constant('SIG_ERR', -1)])
     call check_all([constant('WNOHANG', 1), constant('WUNTRACED', 2)])
@@ -94,13 +94,15 @@ contains
 
   subroutine check_terminal()
     call check_all([constant('IGNBRK', 1), constant('BRKINT', 2), constant('ICRNL', int(o'400')), &
-                    constant('IXON', int(o'2000')), constant('IXOFF', int(o'10000')), constant('IMAXBEL', int(o'20000')), &
-                    constant('OPOST', 1), constant('ONLCR', 4), constant('TABDLY', int(o'14000')), &
+                    constant('IXON', int(o'2000')), constant('IXOFF', int(o'10000')), &
+                    constant('IMAXBEL', int(o'20000')), constant('OPOST', 1), constant('ONLCR', 4), &
+                    constant('TABDLY', int(o'14000')), &
                     constant('TAB3', int(o'14000')), constant('FFDLY', int(o'100000')), constant('CSIZE', int(o'60')), &
                     constant('CS5', 0), constant('CS6', int(o'20')), constant('CS7', int(o'40')), &
                     constant('CS8', int(o'60')), constant('PARENB', int(o'400')), constant('CLOCAL', int(o'4000')), &
-                    constant('CRTSCTS', -huge(0) - 1), constant('ISIG', 1), constant('ICANON', 2), constant('ECHO', 8), &
-                    constant('NOFLSH', 128), constant('TOSTOP', int(o'400')), constant('IEXTEN', int(o'100000'))])
+                    constant('CRTSCTS', -huge(0) - 1), constant('ISIG', 1), constant('ICANON', 2), &
+                    constant('ECHO', 8), constant('NOFLSH', 128), constant('TOSTOP', int(o'400')), &
+                    constant('IEXTEN', int(o'100000'))])
     call check_all([constant('B0', 0), constant('B50', 1), constant('B9600', 13), constant('B38400', 15), &
                     constant('B57600', int(o'10001')), constant('B115200', int(o'10002')), &
                     constant('B230400', int(o'10003'))])

@@ -37,6 +37,7 @@ program posix_files
   call check(ierror, 0, 'PXFCHDIR back')
   call pxfrmdir(directory, 0, ierror)
   call check(ierror, 0, 'PXFRMDIR of the emptied directory')
+  deallocate (directory)
   call finish()
 
 contains

@@ -1,32 +1,11 @@
-! Records and procedure handles through the module: all eleven kinds made, set, read, copied and freed.
-module callbacks
-  implicit none
-  private
-  public :: twice, add_to_total, total
-  integer(4), save :: total = 0
-
-contains
-
-  integer(4) function twice(ival)
-    integer(4), intent(inout) :: ival
-    ival = 2*ival
-    twice = ival + 1000
-  end function
-
-  subroutine add_to_total(ival)
-    integer(4), intent(in) :: ival
-    total = total + ival
-  end subroutine
-end module
-
+! Records through the module: all eleven kinds made, set, read, copied and freed.
 program records
   use, intrinsic :: iso_c_binding, only: c_intptr_t
-  use callbacks, only: add_to_total, total, twice
   use checks, only: check, finish
   use qxport, only: pxfacharget, pxfadblset, pxfaint8get, pxfaint8set, pxfaintget, pxfaintset, pxfalgclget, &
-                    pxfarealget, pxfastrget, pxfastrset, pxfcallsubhandle, pxfcharget, pxfcharset, pxfdblget, &
+                    pxfarealget, pxfastrget, pxfastrset, pxfcharget, pxfcharset, pxfdblget, &
                     pxfdblset, pxfecharget, pxfedblget, pxfeint8get, pxfeint8set, pxfeintget, pxfeintset, pxfelgclset, &
-                    pxferealget, pxfestrget, pxfestrset, pxfgetsubhandle, pxfint8get, pxfint8set, pxfintget, &
+                    pxferealget, pxfestrget, pxfestrset, pxfint8get, pxfint8set, pxfintget, &
                     pxfintset, pxflgclget, pxflgclset, pxfrealget, pxfrealset, pxfstrget, pxfstrset, pxfstructcopy, &
                     pxfstructcreate, pxfstructfree
   implicit none
@@ -55,7 +34,6 @@ program records
   call check_copies()
   call check_refusals()
   call check_no_components()
-  call check_procedures()
   call finish()
 
 contains
@@ -404,37 +382,6 @@ contains
     call check(text == 'text' .and. all(texts == 'text'), 'no text is given')
     call check(length == 2 .and. all(lengths == 4), 'no lengths are given')
     call release(record)
-  end subroutine
-
-  subroutine check_procedures()
-    integer(4) :: doubling, adding, again, error, value, action, answer
-    call pxfgetsubhandle(twice, doubling, error)
-    call check(error, 0, 'the handle of a function')
-    call pxfgetsubhandle(add_to_total, adding, error)
-    call check(error, 0, 'the handle of a subroutine')
-    call pxfgetsubhandle(twice, again, error)
-    call check(again, doubling, 'one procedure, one handle')
-    if (handles_are_places) call check(doubling == 16 .and. adding == 17, 'the first procedures')
-    value = 21
-    error = -1
-    answer = pxfcallsubhandle(doubling, value, error)
-    call check(error, 0, 'call a function')
-    call check(answer, 1042, 'what it answers')
-    call check(value, 42, 'what it does to its argument')
-    answer = pxfcallsubhandle(adding, value, error)
-    answer = pxfcallsubhandle(adding, value, error)
-    call check(error, 0, 'call a subroutine')
-    call check(total, 84, 'what the subroutine does')
-    answer = pxfcallsubhandle(0, value, error)
-    call check(error, enohandle, 'call nothing')
-    answer = pxfcallsubhandle(15, value, error)
-    call check(error, enohandle, 'call a reserved handle')
-    call check(value, 42, 'a refused call leaves the argument')
-    action = made('sigaction')
-    call pxfintset(action, 'sa_handler', doubling, error)
-    call pxfintget(action, 'sa_handler', again, error)
-    call check(again, doubling, 'a procedure handle as a component')
-    call release(action)
   end subroutine
 
 end program

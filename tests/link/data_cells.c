@@ -1,4 +1,5 @@
-/* The exported cells are one with the program's, also where the linker gave the program the only copy of them. */
+/* The exported cells are one with the program's, also where the linker gave the program the only copy of
+ * them. */
 #include <qxport/qxport.h>
 
 #include <stdio.h>
@@ -11,7 +12,8 @@ static int expect(int holds, const char *what) {
 }
 
 int main(void) {
-  int good = expect(access_("/no/such/name", "r", 13, 1) == 22 && portlib_local_errno == 22, "what the library stored");
+  int good = expect(access_("/no/such/name", "r", 13, 1) == 22 && portlib_local_errno == 22,
+                    "what the library stored");
   portlib_local_errno = 7;
   good &= expect(ierrno_() == 7, "what the program stored");
   good &= expect(strcmp(ErrMesArr[1], "Domain error") == 0, "a text of ErrMesArr");

@@ -1,5 +1,5 @@
-/* A constructor of the program's own uses the library, and what it began goes on in main: nothing of ours is prepared
-   after it and wipes it. */
+/* A constructor of the program's own uses the library, and what it began goes on in main: nothing of ours is
+   prepared after it and wipes it. */
 #include <qxport/qxport.h>
 
 #include <stdio.h>

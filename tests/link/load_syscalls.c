@@ -1,6 +1,7 @@
-/* Runs a program under ptrace and prints the system calls that it makes between two marks: load_syscalls PROGRAM...
-   The marks are numbers that no system call has, so the kernel refuses them and nothing else makes them. Ends with 0 when
-   there was no call between the marks, 1 when there was one, 2 when the marks were not met in their order. */
+/* Runs a program under ptrace and prints the system calls that it makes between two marks: load_syscalls
+   PROGRAM... The marks are numbers that no system call has, so the kernel refuses them and nothing else makes
+   them. Ends with 0 when there was no call between the marks, 1 when there was one, 2 when the marks were not
+   met in their order. */
 #include "load_marks.h"
 
 #include <signal.h>
@@ -46,7 +47,8 @@ int main(int argc, char **argv) {
     fail("the program did not start");
   ptrace(PTRACE_SETOPTIONS, child, NULL, (void *)(long)PTRACE_O_TRACESYSGOOD);
   for (;;) {
-    if (ptrace(PTRACE_SYSCALL, child, NULL, (void *)(long)delivered) != 0 || waitpid(child, &status, 0) != child)
+    if (ptrace(PTRACE_SYSCALL, child, NULL, (void *)(long)delivered) != 0 ||
+        waitpid(child, &status, 0) != child)
       fail("the program is gone");
     if (WIFEXITED(status) || WIFSIGNALED(status))
       break;

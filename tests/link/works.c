@@ -25,7 +25,8 @@ int main(void) {
   const int32_t unit = 6;
   good &= expect(fstat_(&unit, status) == 0, "the status of standard output");
 
-  good &= expect(access_("/no/such/name", "r", 13, 1) == 22 && portlib_local_errno == 22, "a name that is not there");
+  good &= expect(access_("/no/such/name", "r", 13, 1) == 22 && portlib_local_errno == 22,
+                 "a name that is not there");
   int32_t io, number, run_time_status, error_unit, condition;
   errsns_(&io, &number, &run_time_status, &error_unit, &condition);
   good &= expect(number == 22, "the recorded error");

@@ -1,0 +1,87 @@
+! Procedures named by handles through the module, and called back.
+module callbacks
+  implicit none
+  private
+  public :: twice, add_to_total, total
+  integer(4), save :: total = 0
+
+contains
+
+  integer(4) function twice(ival)
+    integer(4), intent(inout) :: ival
+    ival = 2*ival
+    twice = ival + 1000
+  end function
+
+  subroutine add_to_total(ival)
+    integer(4), intent(in) :: ival
+    total = total + ival
+  end subroutine
+end module
+
+program subhandles
+  use, intrinsic :: iso_c_binding, only: c_intptr_t
+  use callbacks, only: add_to_total, total, twice
+  use checks, only: check, finish
+  use qxport, only: pxfcallsubhandle, pxfgetsubhandle, pxfintget, pxfintset, pxfstructcreate, pxfstructfree
+  implicit none
+  integer(4), parameter :: enohandle = 127
+  logical, parameter :: handles_are_places = storage_size(0_c_intptr_t) == 64
+  integer(4) :: doubling, adding
+
+  call check_handles()
+  call check_calls()
+  call check_refusals()
+  call check_component()
+  call finish()
+
+contains
+
+  subroutine check_handles()
+    integer(4) :: again, error
+    call pxfgetsubhandle(twice, doubling, error)
+    call check(error, 0, 'the handle of a function')
+    call pxfgetsubhandle(add_to_total, adding, error)
+    call check(error, 0, 'the handle of a subroutine')
+    call pxfgetsubhandle(twice, again, error)
+    call check(again, doubling, 'one procedure, one handle')
+    if (handles_are_places) call check(doubling == 16 .and. adding == 17, 'the first procedures')
+  end subroutine
+
+  subroutine check_calls()
+    integer(4) :: value, answer, error
+    value = 21
+    error = -1
+    answer = pxfcallsubhandle(doubling, value, error)
+    call check(error, 0, 'call a function')
+    call check(answer, 1042, 'what it answers')
+    call check(value, 42, 'what it does to its argument')
+    answer = pxfcallsubhandle(adding, value, error)
+    answer = pxfcallsubhandle(adding, value, error)
+    call check(error, 0, 'call a subroutine')
+    call check(total, 84, 'what the subroutine does')
+  end subroutine
+
+  subroutine check_refusals()
+    integer(4) :: value, answer, error, handle
+    value = 42
+    do handle = 0, 15
+      answer = pxfcallsubhandle(handle, value, error)
+      call check(error, enohandle, 'call nothing, or a reserved handle')
+    end do
+    call check(value, 42, 'a refused call leaves the argument')
+  end subroutine
+
+  subroutine check_component()
+    integer(4) :: action, handle, value, answer, error
+    call pxfstructcreate('sigaction', action, error)
+    call pxfintset(action, 'sa_handler', doubling, error)
+    call pxfintget(action, 'sa_handler', handle, error)
+    call check(handle, doubling, 'a procedure handle as a component')
+    call pxfstructfree(action, error)
+    value = 5
+    answer = pxfcallsubhandle(handle, value, error)
+    call check(answer, 1010, 'the procedure stays when the record is freed')
+  end subroutine
+
+end program
