@@ -137,5 +137,5 @@ int main(int argc, char **argv) {
                      {"getcwd", "gfortran", 1.00},
                      {"getenv", "bare call"},
                      {"getenv", "gfortran", 0.60},
-                     {"getenv('HOME')", "gfortran", 0.65}});
+                     {"getenv('HOME')", "gfortran", 0.60}});
 }

@@ -34,4 +34,4 @@ if(CMAKE_COMPILE_WARNING_AS_ERROR)
 endif()
 
 # The same tree gives the same bytes wherever it stands.
-add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=./build)

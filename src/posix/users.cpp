@@ -93,7 +93,8 @@ void release_strings(PasswdRecord *record) {
   record->pw_name_length = record->pw_shell_length = record->pw_dir_length = 0;
 }
 
-void fill(PasswdRecord *record, const passwd *entry, int32_t *ierror) {
+// A lookup by id answers ENOMEM for the shell whatever the allocation left, as it has always done.
+void fill(PasswdRecord *record, const passwd *entry, Lookup lookup, int32_t *ierror) {
   if (entry == nullptr) {
     *ierror = errno;
     return;
@@ -105,9 +106,15 @@ void fill(PasswdRecord *record, const passwd *entry, int32_t *ierror) {
   }
   record->pw_uid = static_cast<int32_t>(entry->pw_uid);
   record->pw_gid = static_cast<int32_t>(entry->pw_gid);
-  if (!copy_unterminated(entry->pw_dir, &record->pw_dir, &record->pw_dir_length) ||
-      !copy_unterminated(entry->pw_shell, &record->pw_shell, &record->pw_shell_length))
+  if (!copy_unterminated(entry->pw_dir, &record->pw_dir, &record->pw_dir_length)) {
     *ierror = errno;
+    return;
+  }
+  if (!copy_unterminated(entry->pw_shell, &record->pw_shell, &record->pw_shell_length)) {
+    if (lookup == Lookup::ById)
+      errno = ENOMEM;
+    *ierror = errno;
+  }
 }
 
 }  // namespace
@@ -120,23 +127,25 @@ void pxfgetgrgid_(const int32_t *igid, const int32_t *jgroup, int32_t *ierror) {
 }
 
 // CALL PXFGETGRNAM(NAME, ILEN, JGROUP, IERROR)
+// The name is converted before the record is looked at, unlike in PXFGETPWNAM: which error a call with two
+// mistakes reports is kept.
 void pxfgetgrnam_(const char *name, const int32_t *ilen, const int32_t *jgroup, int32_t *ierror,
                   charlen name_len) {
-  GroupRecord *record = find_record_as<GroupRecord>(*jgroup, Kind::Group, ierror);
-  if (record == nullptr)
-    return;
   const FileName wanted(name, *ilen, name_len);
-  if (wanted)
-    fill(record, getgrnam(wanted.c_str()), Lookup::ByName, ierror);
-  else
+  if (!wanted) {
     *ierror = errno;
+    return;
+  }
+  GroupRecord *record = find_record_as<GroupRecord>(*jgroup, Kind::Group, ierror);
+  if (record != nullptr)
+    fill(record, getgrnam(wanted.c_str()), Lookup::ByName, ierror);
 }
 
 // CALL PXFGETPWUID(IUID, JPASSWD, IERROR)
 void pxfgetpwuid_(const int32_t *iuid, const int32_t *jpasswd, int32_t *ierror) {
   PasswdRecord *record = find_record_as<PasswdRecord>(*jpasswd, Kind::Passwd, ierror);
   if (record != nullptr)
-    fill(record, getpwuid(static_cast<uid_t>(*iuid)), ierror);
+    fill(record, getpwuid(static_cast<uid_t>(*iuid)), Lookup::ById, ierror);
 }
 
 // CALL PXFGETPWNAM(NAME, ILEN, JPASSWD, IERROR)
@@ -147,7 +156,7 @@ void pxfgetpwnam_(const char *name, const int32_t *ilen, const int32_t *jpasswd,
     return;
   const FileName wanted(name, *ilen, name_len);
   if (wanted)
-    fill(record, getpwnam(wanted.c_str()), ierror);
+    fill(record, getpwnam(wanted.c_str()), Lookup::ByName, ierror);
   else
     *ierror = errno;
 }

@@ -240,6 +240,7 @@ def test_interrupted_wait(shell):
     group = int(shell.run("sleep 100 &").split()[1])
     shell.type("echo now w''ait; wait; echo no''t reached\n")
     shell.read_until("now wait\r\n")
+    wait_until("the end of echo", lambda: shell.foreground() == shell.pid)
     # Whether the shell waits already cannot be seen from here. The key discards what is on its way to the terminal,
     # so it is not pressed in haste.
     for _ in range(20):

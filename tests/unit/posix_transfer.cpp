@@ -10,9 +10,6 @@
 
 namespace {
 
-// What a negative count is for the host; the compiler must not see that it is more than there is.
-const volatile size_t HUGE_COUNT = SIZE_MAX;
-
 class Transfer : public testing::Test {
 protected:
   const TemporaryDirectory directory_;
@@ -71,20 +68,55 @@ TEST_F(Read, WithoutAnArgumentIsMinus1AndNoCall) {
 }
 
 TEST_F(Read, FailuresAreTheHosts) {
-  const int directory = open(".", O_RDONLY), written = open("data.txt", O_WRONLY),
-            file = open("data.txt", O_RDONLY);
+  const int directory = open(".", O_RDONLY), written = open("data.txt", O_WRONLY);
   Character buffer(4);
   Guarded<int32_t> nread(SENTINEL);
   EXPECT_EQ(call(pxfread_, directory, static_cast<void *>(buffer.data()), 4, &nread), failed_with(EISDIR));
   EXPECT_EQ(nread, -1);
   EXPECT_EQ(call(pxfread_, written, static_cast<void *>(buffer.data()), 4, &nread), failed_with(EBADF));
-  // A negative count is a huge one, which no host reads.
-  EXPECT_EQ(call(pxfread_, file, static_cast<void *>(buffer.data()), -1, &nread),
-            as_the_host([&] { return read(file, buffer.data(), HUGE_COUNT); }));
   EXPECT_EQ(nread, -1);
   EXPECT_EQ(buffer.text(), "####");
-  for (const int fd : {directory, written, file})
+  for (const int fd : {directory, written})
     close(fd);
+}
+
+// The host of 64 bits refuses a count that is huge; one of 32 bits must not be asked, for it would go on
+// behind the caller's variable.
+template <typename HostCall>
+void expect_refused(const Outcome &outcome, HostCall host_call) {
+  if constexpr (sizeof(size_t) == 8)
+    EXPECT_EQ(outcome, as_the_host(host_call));
+  else
+    EXPECT_EQ(outcome, failed_with(EINVAL));
+}
+
+TEST_F(Read, OfANegativeCountIsRefused) {
+  const int fd = open("data.txt", O_RDONLY);
+  Character buffer(16);
+  for (const int32_t nbyte : {-1, INT32_MIN}) {
+    Guarded<int32_t> nread(SENTINEL);
+    expect_refused(call(pxfread_, fd, static_cast<void *>(buffer.data()), nbyte, &nread), [&] {
+      const volatile size_t count = static_cast<size_t>(nbyte);
+      return read(fd, buffer.data(), count);
+    });
+    EXPECT_EQ(nread, -1);
+  }
+  EXPECT_EQ(buffer.text(), std::string(16, '#'));
+  close(fd);
+}
+
+TEST_F(Write, OfANegativeCountIsRefused) {
+  const int fd = open("data.txt", O_WRONLY | O_APPEND);
+  for (const int32_t nbyte : {-1, INT32_MIN}) {
+    Guarded<int32_t> nwritten(SENTINEL);
+    expect_refused(call(pxfwrite_, fd, static_cast<const void *>("abc"), nbyte, &nwritten), [&] {
+      const volatile size_t count = static_cast<size_t>(nbyte);
+      return write(fd, "abc", count);
+    });
+    EXPECT_EQ(nwritten, -1);
+  }
+  EXPECT_EQ(lseek(fd, 0, SEEK_END), 10);
+  close(fd);
 }
 
 TEST_F(Read, OfAnEmptyPipeThatMustNotBlockIs11) {
@@ -189,17 +221,12 @@ TEST_F(Write, BehindTheLargestFileSizeIsPartialAndThen27) {
   });
 }
 
-TEST_F(Write, OtherFailuresAreTheHosts) {
-  const int fd = open("data.txt", O_RDONLY), file = open("data.txt", O_WRONLY);
+TEST_F(Write, ToADescriptorForReadingIs9) {
+  const int fd = open("data.txt", O_RDONLY);
   int32_t nwritten = SENTINEL;
   EXPECT_EQ(call(pxfwrite_, fd, static_cast<const void *>("abc"), 3, &nwritten), failed_with(EBADF));
   EXPECT_EQ(nwritten, -1);
-  EXPECT_EQ(call(pxfwrite_, file, static_cast<const void *>("abc"), -1, &nwritten),
-            as_the_host([&] { return write(file, "abc", HUGE_COUNT); }));
-  EXPECT_EQ(nwritten, -1);
-  EXPECT_EQ(lseek(file, 0, SEEK_END), 10);
   close(fd);
-  close(file);
 }
 
 }  // namespace
