@@ -27,6 +27,10 @@ set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/qxport)
 install(EXPORT qxportTargets NAMESPACE qxport:: DESTINATION ${package_dir})
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/qxportConfig.cmake.in
   ${PROJECT_BINARY_DIR}/qxportConfig.cmake INSTALL_DESTINATION ${package_dir})
+# -m32 is an option to CMake, not a target: it does not know that its programs have narrow addresses.
+if(QXPORT_M32)
+  set(CMAKE_SIZEOF_VOID_P 4)
+endif()
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/qxportConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/qxportConfig.cmake ${PROJECT_BINARY_DIR}/qxportConfigVersion.cmake
         DESTINATION ${package_dir})

@@ -14,7 +14,9 @@ int32_t answer_of(int result) {
   return result == 0 ? 0 : record_local(errno);
 }
 
-int32_t call_with_name(int (*operation)(const char *), const char *name, charlen name_len) {
+// The call is a template argument so that it is made directly: behind a system call an indirect one is dear.
+template <int (*operation)(const char *)>
+int32_t call_with_name(const char *name, charlen name_len) {
   const CString path(name, name_len);
   return path ? answer_of(operation(path.get())) : record_local(ENOMEM);
 }
@@ -23,12 +25,12 @@ int32_t call_with_name(int (*operation)(const char *), const char *name, charlen
 
 // N = CHDIR(DIRNAME)
 int32_t chdir_(const char *dirname, charlen dirname_len) {
-  return call_with_name(chdir, dirname, dirname_len);
+  return call_with_name<chdir>(dirname, dirname_len);
 }
 
 // N = UNLINK(NAME)
 int32_t unlink_(const char *name, charlen name_len) {
-  return call_with_name(unlink, name, name_len);
+  return call_with_name<unlink>(name, name_len);
 }
 
 // N = RENAME(FROM, TO)

@@ -40,9 +40,9 @@ int32_t deliver(Integer *statb, const struct stat &status) {
   return 0;
 }
 
-template <typename Integer>
-int32_t named_status(int (*operation)(const char *, struct stat *), const char *name, Integer *statb,
-                     charlen name_len) {
+// The call is a template argument so that it is made directly: behind a system call an indirect one is dear.
+template <int (*operation)(const char *, struct stat *), typename Integer>
+int32_t named_status(const char *name, Integer *statb, charlen name_len) {
   const CString path(name, name_len);
   if (!path)
     return set_and_record_local(ENOMEM);
@@ -67,12 +67,12 @@ int32_t unit_status(const int32_t *unit, Integer *statb) {
 
 // N = STAT(NAME, STATB)
 int32_t stat_(const char *name, int32_t *statb, charlen name_len) {
-  return named_status(stat, name, statb, name_len);
+  return named_status<stat>(name, statb, name_len);
 }
 
 // N = LSTAT(NAME, STATB)
 int32_t lstat_(const char *name, int32_t *statb, charlen name_len) {
-  return named_status(lstat, name, statb, name_len);
+  return named_status<lstat>(name, statb, name_len);
 }
 
 // N = FSTAT(UNIT, STATB)
@@ -82,12 +82,12 @@ int32_t fstat_(const int32_t *unit, int32_t *statb) {
 
 // N = STATI8(NAME, STATB)
 int32_t stati8_(const char *name, int64_t *statb, charlen name_len) {
-  return named_status(stat, name, statb, name_len);
+  return named_status<stat>(name, statb, name_len);
 }
 
 // N = LSTATI8(NAME, STATB)
 int32_t lstati8_(const char *name, int64_t *statb, charlen name_len) {
-  return named_status(lstat, name, statb, name_len);
+  return named_status<lstat>(name, statb, name_len);
 }
 
 // N = FSTATI8(UNIT, STATB)

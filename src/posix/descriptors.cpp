@@ -17,6 +17,17 @@ void deliver(Result result, int32_t *value, int32_t *ierror) {
   report(*value, ierror);
 }
 
+// Where a size is as narrow as NBYTE, a negative one would be taken for half of memory; a wider host refuses
+// it itself.
+template <typename Call>
+void transfer(int32_t nbyte, int32_t *moved, int32_t *ierror, Call call) {
+  if (sizeof(size_t) == sizeof(nbyte) && nbyte < 0) {
+    *moved = -1;
+    return refuse(ierror, EINVAL);
+  }
+  deliver(call(static_cast<size_t>(nbyte)), moved, ierror);
+}
+
 struct flock host_lock(const FlockRecord &record) {
   struct flock lock = {};
   lock.l_type = static_cast<short>(record.l_type);
@@ -85,13 +96,13 @@ void pxfread_(const int32_t *ifildes, void *buf, const int32_t *nbyte, int32_t *
     *ierror = -1;
     return;
   }
-  deliver(read(*ifildes, buf, static_cast<size_t>(*nbyte)), nread, ierror);
+  transfer(*nbyte, nread, ierror, [&](size_t count) { return read(*ifildes, buf, count); });
 }
 
 // CALL PXFWRITE(IFILDES, BUF, NBYTE, NWRITTEN, IERROR)
 void pxfwrite_(const int32_t *ifildes, const void *buf, const int32_t *nbyte, int32_t *nwritten,
                int32_t *ierror) {
-  deliver(write(*ifildes, buf, static_cast<size_t>(*nbyte)), nwritten, ierror);
+  transfer(*nbyte, nwritten, ierror, [&](size_t count) { return write(*ifildes, buf, count); });
 }
 
 // CALL PXFLSEEK(IFILDES, IOFFSET, IWHENCE, IPOSITION, IERROR)

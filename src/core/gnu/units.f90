@@ -1,3 +1,4 @@
+#line 1 "src/core/gnu/units.f90"
 ! The units of the GNU Fortran run-time as its users reach them: INQUIRE, OPEN and the documented extensions. No private
 ! interface of the run-time is relied on, so any release of it serves.
 module qxcore_gnu_units
