@@ -56,7 +56,8 @@ int32_t getcwd_(char *dirname, charlen dirname_len) {
   const char *found = getcwd(path, size);
   if (found == nullptr)
     answer = record_local(errno);
-  CstrToFstr(dirname, found, dirname_len, dirname_len);
+  // The name fits, since the host was told the room there is.
+  store_padded(dirname, dirname_len, found, found == nullptr ? 0 : strlen(found));
   free(path);
   return answer;
 }

@@ -184,8 +184,8 @@ void qxport_pxfstructcreate_(const char *name, int32_t *handle, int32_t *error, 
 }
 END
   "$CC" "${width_flags[@]}" -shared -fPIC -o "$work/refusing.so" "$work/refusing.c" -ldl
-  LD_PRELOAD="$work/refusing.so" ASAN_OPTIONS=verify_asan_link_order=0:detect_leaks=0 \
-    timeout 60 "$program" >"$work/out" 2>"$work/err"
+  timeout 60 env LD_PRELOAD="$work/refusing.so" ASAN_OPTIONS=verify_asan_link_order=0:detect_leaks=0 \
+    "$program" >"$work/out" 2>"$work/err"
   same 'status with a refusing library' 1 $?
   same 'standard error with a refusing library' 'sysinfo: the library does not know SIGWINCH
 sysinfo: the library makes no record dirent
