@@ -264,6 +264,7 @@ int main(int argc, char **argv) {
   register_all("create and free all", make_and_free_all<Ours>, make_and_free_all<ByHand>,
                {10, 1000, 100'000});
   benchmark::RegisterBenchmark("create and free, 100000/1000 alive", make_one_more<Ours>, 1000);
+  benchmark::RegisterBenchmark("create and free all, 100000/1000 of them", make_and_free_all<Ours>, 1000);
   return bench::run(argc, argv,
                     {{"pxfconst", "", 30},
                      {"pxfconst", "strcasecmp"},
@@ -282,5 +283,6 @@ int main(int argc, char **argv) {
                      {"free any and create, 100000", "calloc, free"},
                      {"create and free all, 10", "calloc, free"},
                      {"create and free all, 1000", "calloc, free"},
-                     {"create and free all, 100000", "calloc, free"}});
+                     {"create and free all, 100000", "calloc, free"},
+                     {"create and free all, 100000", "1000 of them", 2.5}});
 }

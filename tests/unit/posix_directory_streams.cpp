@@ -7,7 +7,6 @@
 #include <fstream>
 #include <set>
 #include <sys/stat.h>
-#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -90,28 +89,6 @@ TEST_F(Opendir, StreamsAtOnceAreApart) {
     EXPECT_TRUE(std::count(names.begin(), names.end(), "f" + std::to_string(i)) == 1);
     EXPECT_EQ(call(pxfclosedir_, &streams[i]), succeeded());
   }
-}
-
-TEST_F(Opendir, WorksInThreads) {
-  for (int i = 0; i < 50; ++i)
-    directory_.file("file" + std::to_string(i));
-  const std::vector<std::string> expected = entries_of_host(".");
-  std::vector<std::thread> threads;
-  std::vector<int> wrong(4, 0);
-  for (int &count : wrong)
-    threads.emplace_back([&count, &expected] {
-      for (int round = 0; round < 50; ++round) {
-        const int32_t one = 1;
-        int32_t stream = 0, ierror = -1;
-        pxfopendir_(".", &one, &stream, &ierror, 1);
-        if (ierror != 0 || rest_of(stream) != expected)
-          ++count;
-        pxfclosedir_(&stream, &ierror);
-      }
-    });
-  for (std::thread &thread : threads)
-    thread.join();
-  EXPECT_EQ(wrong, std::vector<int>(4, 0));
 }
 
 TEST_F(Readdir, GivesTheHostsEntriesInTheHostsOrder) {
