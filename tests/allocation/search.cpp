@@ -12,7 +12,7 @@ protected:
 };
 TYPED_TEST_SUITE(SearchAllocation, Routines, RoutineNames);
 
-// First the specification, then the place that remembers the search.
+// First the text of the search, then the place that remembers the search.
 TYPED_TEST(SearchAllocation, BeginningFails) {
   this->directory.file("file");
   const size_t descriptors = open_descriptors();
