@@ -20,6 +20,9 @@ constexpr int32_t LINK = 255;
 // disposition takes in the same field.
 constexpr int32_t RESERVED_STATIC_SLOTS = 15;
 
+// Puts both first blocks into the state in which they are loaded.
+void clear_first_blocks();
+
 }  // namespace qxport
 
 extern "C" {

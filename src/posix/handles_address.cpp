@@ -7,13 +7,6 @@
 
 using namespace qxport;
 
-// They exist for programs that name them, and stay empty.
-uintptr_t AllocatableHandles[WORDS_PER_BLOCK];
-uintptr_t StaticHandles[WORDS_PER_BLOCK] = {
-    UINTPTR_MAX, UINTPTR_MAX, UINTPTR_MAX, UINTPTR_MAX, UINTPTR_MAX, UINTPTR_MAX, UINTPTR_MAX, UINTPTR_MAX,
-    UINTPTR_MAX, UINTPTR_MAX, UINTPTR_MAX, UINTPTR_MAX, UINTPTR_MAX, UINTPTR_MAX, UINTPTR_MAX,
-};
-
 namespace {
 
 // A set of addresses: open addressing with linear probing, at most half full.
@@ -107,9 +100,7 @@ int32_t enter(AddressSet *set, void *address) {
 }  // namespace
 
 int32_t init_handle_table() {
-  std::fill_n(AllocatableHandles, WORDS_PER_BLOCK, uintptr_t{0});
-  std::fill_n(StaticHandles, RESERVED_STATIC_SLOTS, UINTPTR_MAX);
-  std::fill_n(StaticHandles + RESERVED_STATIC_SLOTS, WORDS_PER_BLOCK - RESERVED_STATIC_SLOTS, uintptr_t{0});
+  clear_first_blocks();
   allocatable.clear();
   statics.clear();
   return 0;

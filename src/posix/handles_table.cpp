@@ -8,12 +8,6 @@
 
 using namespace qxport;
 
-uintptr_t AllocatableHandles[WORDS_PER_BLOCK];
-uintptr_t StaticHandles[WORDS_PER_BLOCK] = {
-    UINTPTR_MAX, UINTPTR_MAX, UINTPTR_MAX, UINTPTR_MAX, UINTPTR_MAX, UINTPTR_MAX, UINTPTR_MAX, UINTPTR_MAX,
-    UINTPTR_MAX, UINTPTR_MAX, UINTPTR_MAX, UINTPTR_MAX, UINTPTR_MAX, UINTPTR_MAX, UINTPTR_MAX,
-};
-
 namespace {
 
 constexpr int BITS = 64;
@@ -162,9 +156,7 @@ uintptr_t *slot_of(const BlockIndex &index, int32_t handle) {
 }  // namespace
 
 int32_t init_handle_table() {
-  std::fill_n(AllocatableHandles, WORDS_PER_BLOCK, uintptr_t{0});
-  std::fill_n(StaticHandles, RESERVED_STATIC_SLOTS, UINTPTR_MAX);
-  std::fill_n(StaticHandles + RESERVED_STATIC_SLOTS, WORDS_PER_BLOCK - RESERVED_STATIC_SLOTS, uintptr_t{0});
+  clear_first_blocks();
   allocatable.reset();
   statics.reset();
   return 0;
