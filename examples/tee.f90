@@ -10,7 +10,7 @@ program tee
     character(:), allocatable :: name
     integer :: descriptor
   end type
-  type(target), allocatable :: targets(:)
+  type(target), allocatable, save :: targets(:)
   character(capacity) :: buffer
   integer :: count, error, i, eintr, status = 0
 
@@ -50,25 +50,33 @@ contains
     call pxfsigaction(constant('SIGPIPE'), action, 0, ierror)
   end subroutine
 
+  function argument(number) result(text)
+    integer, intent(in) :: number
+    character(:), allocatable :: text
+    integer :: length
+    call get_command_argument(number, length=length)
+    text = repeat(' ', length)
+    call get_command_argument(number, text)
+  end function
+
   subroutine open_targets(opened)
     type(target), allocatable, intent(out) :: opened(:)
-    character(:), allocatable :: name
-    integer :: flags, number, length, ierror
-    flags = ior(constant('O_WRONLY'), constant('O_CREAT'))
-    opened = [target('standard output', 1)]
-    do number = 1, command_argument_count()
-      call get_command_argument(number, length=length)
-      name = repeat(' ', length)
-      call get_command_argument(number, name)
-      if (number == 1 .and. name == '-a') then
-        flags = ior(flags, constant('O_APPEND'))
-        cycle
-      end if
-      if (iand(flags, constant('O_APPEND')) == 0) flags = ior(flags, constant('O_TRUNC'))
-      opened = [opened, target(name, -1)]
-      associate (last => opened(size(opened)))
-        call pxfopen(name, len(name), flags, permissions, last%descriptor, ierror)
-        if (ierror /= 0) call complain(name, ierror)
+    integer :: options, flags, number, ierror
+    options = 0
+    flags = constant('O_TRUNC')
+    if (argument(1) == '-a') then
+      options = 1
+      flags = constant('O_APPEND')
+    end if
+    flags = ior(flags, ior(constant('O_WRONLY'), constant('O_CREAT')))
+    allocate (opened(1 + command_argument_count() - options))
+    opened(1)%name = 'standard output'
+    opened(1)%descriptor = 1
+    do number = 2, size(opened)
+      associate (file => opened(number))
+        file%name = argument(number - 1 + options)
+        call pxfopen(file%name, len(file%name), flags, permissions, file%descriptor, ierror)
+        if (ierror /= 0) call complain(file%name, ierror)
       end associate
     end do
   end subroutine

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <string>
 
 namespace {
@@ -71,12 +72,12 @@ TEST(AllocCstr, GivenBackWhole) {
 }
 
 #if UINTPTR_MAX > UINT32_MAX
-// The allocation fails, so that no byte but the last is read.
+// The allocation fails, so that only the text's end is read.
 TEST(AllocCstr, LengthIsAWholeMachineWord) {
   const FailingAllocation failing(1);
-  const char last = 'x';
+  const char end[] = {' ', ' ', ' ', ' ', ' ', ' ', ' ', 'x'};
   const qxport::charlen length = (qxport::charlen{1} << 32) + 4;
-  const uintptr_t begin = reinterpret_cast<uintptr_t>(&last) - static_cast<uintptr_t>(length - 1);
+  const uintptr_t begin = reinterpret_cast<uintptr_t>(std::end(end)) - static_cast<uintptr_t>(length);
   EXPECT_EQ(allocCstr(reinterpret_cast<const char *>(begin), length), nullptr);
   EXPECT_EQ(failing.requested(1), static_cast<size_t>(length) + SLACK);
 }

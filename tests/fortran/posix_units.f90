@@ -6,7 +6,7 @@ program posix_units
   use qxport, only: pxffputc, pxffseek, pxfftell, pxflseek, pxfopen, pxfpipe, pxfread, pxfwrite, pxfposixio
   implicit none
   integer, parameter :: ebadf = 9, einval = 22, eend = -1
-  character(:), allocatable :: directory
+  character(:), allocatable, save :: directory
 
   call temporary_directory(directory)
   call characters_and_records()

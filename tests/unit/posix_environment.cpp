@@ -327,10 +327,10 @@ TEST_F(Setenv, LongNameAndValue) {
 }
 
 TEST_F(Setenv, ModuleNamesAreTheSameRoutines) {
-  EXPECT_EQ(qxport_pxfgetenv_, pxfgetenv_);
-  EXPECT_EQ(qxport_pxfsetenv_, pxfsetenv_);
-  EXPECT_EQ(qxport_pxfclearenv_, pxfclearenv_);
-  EXPECT_EQ(qxport_pxfgetarg_, pxfgetarg_);
+  expect_same_routine(qxport_pxfgetenv_, pxfgetenv_);
+  expect_same_routine(qxport_pxfsetenv_, pxfsetenv_);
+  expect_same_routine(qxport_pxfclearenv_, pxfclearenv_);
+  expect_same_routine(qxport_pxfgetarg_, pxfgetarg_);
 }
 
 class Clearenv : public Variables {

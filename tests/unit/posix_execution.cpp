@@ -360,9 +360,9 @@ TEST(Execv, SiblingsDoNotSearch) {
 }
 
 TEST(Execv, ModuleNamesAreTheSameRoutines) {
-  EXPECT_EQ(reinterpret_cast<void *>(qxport_pxfexecv_), reinterpret_cast<void *>(pxfexecv_));
-  EXPECT_EQ(reinterpret_cast<void *>(qxport_pxfexecve_), reinterpret_cast<void *>(pxfexecve_));
-  EXPECT_EQ(reinterpret_cast<void *>(qxport_pxfexecvp_), reinterpret_cast<void *>(pxfexecvp_));
+  expect_same_routine(qxport_pxfexecv_, pxfexecv_);
+  expect_same_routine(qxport_pxfexecve_, pxfexecve_);
+  expect_same_routine(qxport_pxfexecvp_, pxfexecvp_);
 }
 
 }  // namespace

@@ -374,12 +374,12 @@ TEST_F(Pxfsigsuspend, UnknownHandleAndAnotherKindAreBoth127) {
 }
 
 TEST(SignalSet, ModuleNamesAreTheSameRoutines) {
-  EXPECT_EQ(qxport_pxfsigemptyset_, pxfsigemptyset_);
-  EXPECT_EQ(qxport_pxfsigfillset_, pxfsigfillset_);
-  EXPECT_EQ(qxport_pxfsigaddset_, pxfsigaddset_);
-  EXPECT_EQ(qxport_pxfsigdelset_, pxfsigdelset_);
-  EXPECT_EQ(qxport_pxfsigismember_, pxfsigismember_);
-  EXPECT_EQ(qxport_pxfsigsuspend_, pxfsigsuspend_);
+  expect_same_routine(qxport_pxfsigemptyset_, pxfsigemptyset_);
+  expect_same_routine(qxport_pxfsigfillset_, pxfsigfillset_);
+  expect_same_routine(qxport_pxfsigaddset_, pxfsigaddset_);
+  expect_same_routine(qxport_pxfsigdelset_, pxfsigdelset_);
+  expect_same_routine(qxport_pxfsigismember_, pxfsigismember_);
+  expect_same_routine(qxport_pxfsigsuspend_, pxfsigsuspend_);
 }
 
 }  // namespace

@@ -336,7 +336,7 @@ TEST_F(Signals, ErrorStateStaysWhereNothingIsToBeCalled) {
 }
 
 TEST(Signal, ModuleNameIsTheSameRoutine) {
-  EXPECT_EQ(qxport_pxfsigaction_, pxfsigaction_);
+  expect_same_routine(qxport_pxfsigaction_, pxfsigaction_);
 }
 
 }  // namespace

@@ -106,10 +106,10 @@ TEST_F(Signals, SleepThatASignalEndsAnswersTheRest) {
 }
 
 TEST(Signal, ModuleNamesAreTheSameRoutines) {
-  EXPECT_EQ(qxport_pxfkill_, pxfkill_);
-  EXPECT_EQ(qxport_pxfalarm_, pxfalarm_);
-  EXPECT_EQ(qxport_pxfpause_, pxfpause_);
-  EXPECT_EQ(qxport_pxfsleep_, pxfsleep_);
+  expect_same_routine(qxport_pxfkill_, pxfkill_);
+  expect_same_routine(qxport_pxfalarm_, pxfalarm_);
+  expect_same_routine(qxport_pxfpause_, pxfpause_);
+  expect_same_routine(qxport_pxfsleep_, pxfsleep_);
 }
 
 }  // namespace

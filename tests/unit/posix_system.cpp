@@ -143,7 +143,7 @@ TEST(Pxflocaltime, ZoneBehindUtcHasTheDayBefore) {
 }
 
 TEST(Pxflocaltime, ModuleNameIsTheSameRoutine) {
-  EXPECT_EQ(qxport_pxflocaltime_, pxflocaltime_);
+  expect_same_routine(qxport_pxflocaltime_, pxflocaltime_);
 }
 
 TEST(Pxflocaltime, FailureIsTheHostsErrorAndTheArrayStays) {
