@@ -3,12 +3,13 @@
 ! -a names that begin with a dot too, -R subdirectories too, -t the newest first, -S the largest first.
 ! The exit status is 0, or 1 when a subdirectory could not be read, or 2 for a wrong option or name.
 module ls_entries
-  use qxport, only: lstati8, pxfclosedir, pxfconst, pxfgetenv, pxfopendir, pxfreaddir, pxfsetenv, pxfstrget
-  use qxport, only: pxfstructcreate, pxfstructfree, STAT_MTIME, STAT_SIZE
+  use directories, only: read_directory
+  use qxport, only: lstati8, pxfconst, STAT_MTIME, STAT_SIZE
+  use text_lists, only: text_list
   use, intrinsic :: iso_fortran_env, only: error_unit, int64
   implicit none
   private
-  public :: entry, options, examine, read_directory, sort_entries, complain, exit_status
+  public :: entry, options, examine, read_entries, sort_entries, complain, exit_status
 
   type :: entry
     character(:), allocatable :: name
@@ -52,55 +53,21 @@ contains
     item%examined = error == 0
   end subroutine
 
-  ! pxfreaddir reports an errno left over from an earlier call at the end of a directory, and a successful pxfgetenv
-  ! leaves 0 there.
-  subroutine clear_error()
-    character(1) :: text
-    integer :: length, ierror
-    call pxfsetenv('LS_F90', 6, '1', 1, 1, ierror)
-    call pxfgetenv('LS_F90', 6, text, length, ierror)
-  end subroutine
-
-  subroutine read_directory(path, entries, error)
+  subroutine read_entries(path, entries, error)
     character(*), intent(in) :: path
     type(entry), allocatable, intent(out) :: entries(:)
     integer, intent(out) :: error
-    integer, parameter :: end_of_directory = 128
-    character(256) :: name
-    integer :: stream, record, length, ierror, count
-    allocate (entries(16))
+    type(text_list) :: names
+    integer :: i, count
+    call read_directory(path, names, error)
+    allocate (entries(names%count))
     count = 0
-    call pxfopendir(path, len(path), stream, error)
-    if (error == 0) then
-      call pxfstructcreate('dirent', record, ierror)
-      call clear_error()
-      do
-        call pxfreaddir(stream, record, error)
-        if (error /= 0) exit
-        call pxfstrget(record, 'd_name', name, length, ierror)
-        if (name(1:1) == '.' .and. .not. options%all) cycle
-        call append(name(:length))
-      end do
-      if (error == end_of_directory) error = 0
-      call pxfstructfree(record, ierror)
-      call pxfclosedir(stream, ierror)
-    end if
-    entries = entries(:count)
-
-  contains
-
-    subroutine append(text)
-      character(*), intent(in) :: text
-      type(entry), allocatable :: more(:)
-      if (count == size(entries)) then
-        allocate (more(2*count))
-        more(:count) = entries
-        call move_alloc(more, entries)
-      end if
+    do i = 1, names%count
+      if (names%items(i)%value(1:1) == '.' .and. .not. options%all) cycle
       count = count + 1
-      entries(count)%name = text
-    end subroutine
-
+      entries(count)%name = names%items(i)%value
+    end do
+    entries = entries(:count)
   end subroutine
 
   pure logical function precedes(a, b)
@@ -312,6 +279,7 @@ contains
 end module
 
 program ls
+  use directories, only: is_self_or_parent
   use ls_entries
   use ls_long
   use qxport, only: exit
@@ -432,7 +400,7 @@ contains
     integer, intent(in) :: severity
     type(entry), allocatable :: entries(:)
     integer :: place, error
-    call read_directory(path, entries, error)
+    call read_entries(path, entries, error)
     if (error /= 0) call complain('cannot open directory', path, error, severity)
     if (with_headers) then
       if (something_printed) print '(a)'
@@ -447,7 +415,7 @@ contains
     call print_entries(entries)
     if (.not. options%recursive) return
     do place = 1, size(entries)
-      if (entries(place)%name == '.' .or. entries(place)%name == '..') cycle
+      if (is_self_or_parent(entries(place)%name)) cycle
       if (is_directory(entries(place))) call list_directory(path//'/'//entries(place)%name, 1)
     end do
   end subroutine

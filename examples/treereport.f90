@@ -5,19 +5,18 @@
 
 ! What is known of a tree, and the walk that finds it out.
 module trees
-  use, intrinsic :: iso_c_binding, only: c_intptr_t
   use, intrinsic :: iso_fortran_env, only: int64
-  use qxport, only: access, file_info_i8, getfileinfoqqi8, lstati8, stati8, FILE_SEARCH_BEGIN, FILE_SEARCH_END, &
-    MODE_DIRECTORY, MODE_REGULAR, MODE_SYMLINK, MODE_TYPE_MASK, STAT_MODE, STAT_MTIME, STAT_SIZE
+  use directories, only: is_self_or_parent, read_directory
+  use qxport, only: access, lstati8, stati8, MODE_DIRECTORY, MODE_REGULAR, MODE_SYMLINK, MODE_TYPE_MASK, STAT_MODE, &
+    STAT_MTIME, STAT_SIZE
   use text_lists, only: text_list
-  use wording, only: printable, reason, NO_PERMISSION, NO_SUCH_FILE
+  use wording, only: reason, NO_PERMISSION
   implicit none
   private
   public :: survey, why_refused
 
-  integer, parameter :: LONGEST_DIRECTORY = 1024  ! that a search takes whole
-  character(*), parameter :: TOO_LONG = 'not entered, its path has more than 1024 characters'
-  integer, parameter :: MOST_ATTEMPTS = 5
+  ! Behind a path: blanks at the end of a CHARACTER argument do not count, but those before a NUL do.
+  character, parameter :: NUL = achar(0)
   integer, parameter, public :: MOST_RANKED = 10, LAST_CLASS = 32
 
   type, public :: ranked_file
@@ -43,9 +42,7 @@ module trees
 
 contains
 
-  ! Why there can be no report on a tree, or nothing when there can. Here and below something is put behind the path of
-  ! a directory whenever it is used: so blanks at its end are kept, and "/" is searched as "//*", since a search takes no
-  ! specification whose only slash comes first.
+  ! Why there can be no report on a tree, or nothing when there can.
   function why_refused(root) result(why)
     character(*), intent(in) :: root
     character(:), allocatable :: why
@@ -53,116 +50,40 @@ contains
     integer :: error
     why = ''
     error = stati8(root//'/.', status)
-    if (error /= 0) then
-      why = reason(error)
-    else if (access(root//'/.', 'rx') == NO_PERMISSION) then
-      why = reason(NO_PERMISSION)
-    else if (len(root) > LONGEST_DIRECTORY) then
-      why = TOO_LONG
-    end if
+    if (error == 0) error = access(root//'/.', 'rx')
+    if (error /= 0) why = reason(error)
   end function why_refused
 
-  ! Each directory is read whole before its entries are examined: one search can be under way at a time.
+  ! Each directory is read whole before its entries are examined, so that no more than one is open at a time.
   subroutine survey(found)
     type(tree), intent(inout) :: found
     type(text_list) :: pending, names
-    character(:), allocatable :: directory, trouble
-    integer :: i
+    character(:), allocatable :: directory
+    integer :: i, error
     found%directories = 1
     call pending%add(found%root)
     do while (pending%count > 0)
       directory = pending%items(pending%count)%value
       pending%count = pending%count - 1
-      call list(directory, names, trouble)
-      if (len(trouble) > 0) call add_problem(found, directory, trouble)
+      call read_directory(directory, names, error)
+      if (error /= 0) call add_problem(found, directory, error)
       do i = 1, names%count
-        call examine(directory, names%items(i)%value, found, pending)
+        associate (name => names%items(i)%value)
+          if (.not. is_self_or_parent(name)) call examine(directory//'/'//name, found, pending)
+        end associate
       end do
     end do
   end subroutine survey
 
-  ! The names in a directory; these are all when there is no trouble. An entry that vanishes meanwhile ends the search,
-  ! and then the directory is read again.
-  subroutine list(directory, names, trouble)
-    character(*), intent(in) :: directory
-    type(text_list), intent(inout) :: names
-    character(:), allocatable, intent(out) :: trouble
-    character(:), allocatable :: obstacle
-    integer(int64) :: status(13)
-    logical :: complete
-    integer :: attempt
-    names%count = 0
-    trouble = TOO_LONG
-    if (len(directory) > LONGEST_DIRECTORY) return
-    do attempt = 1, MOST_ATTEMPTS
-      call search(directory, names, complete, obstacle)
-      trouble = ''
-      if (complete) return
-      trouble = why_incomplete(directory, obstacle)
-      if (len(obstacle) == 0) return
-      if (lstati8(directory//'/'//obstacle, status) /= NO_SUCH_FILE) return
-    end do
-  end subroutine list
-
-  ! Goes through a directory once. An entry that cannot be examined, such as a link that leads nowhere, ends the search
-  ! early: that one is the obstacle.
-  subroutine search(directory, names, complete, obstacle)
-    character(*), intent(in) :: directory
-    type(text_list), intent(inout) :: names
-    logical, intent(out) :: complete
-    character(:), allocatable, intent(out) :: obstacle
-    type(file_info_i8) :: info
-    integer(c_intptr_t) :: handle
-    integer(int64) :: status(13)
-    integer :: length
-    names%count = 0
-    ! A system error left over from an earlier call would make a clean end read as a failure; "no such file" would not.
-    ! The empty name never exists, so asking for it leaves just that.
-    length = stati8('', status)
-    handle = FILE_SEARCH_BEGIN
-    do
-      info%name = ''
-      length = getfileinfoqqi8(directory//'/*', info, handle)
-      if (length == 0) exit
-      if (info%name(1:length) /= '.' .and. info%name(1:length) /= '..') call names%add(info%name(1:length))
-    end do
-    complete = handle == FILE_SEARCH_END
-    obstacle = trim(info%name)
-  end subroutine search
-
-  function why_incomplete(directory, obstacle) result(why)
-    character(*), intent(in) :: directory, obstacle
-    character(:), allocatable :: why
-    integer(int64) :: status(13)
-    integer :: error
-    if (access(directory//'/.', 'rx') == NO_PERMISSION) then
-      why = reason(NO_PERMISSION)
-      return
-    else if (len(obstacle) == 0) then
-      why = 'cannot be opened, or not be read to its end'
-      error = stati8(directory//'/.', status)
-    else
-      why = 'cut off at "'//printable(obstacle)//'", which cannot be examined'
-      error = stati8(directory//'/'//obstacle, status)
-    end if
-    if (error /= 0) why = why//': '//reason(error)
-  end function why_incomplete
-
-  subroutine examine(directory, name, found, pending)
-    character(*), intent(in) :: directory, name
+  subroutine examine(path, found, pending)
+    character(*), intent(in) :: path
     type(tree), intent(inout) :: found
     type(text_list), intent(inout) :: pending
-    character(:), allocatable :: path
     integer(int64) :: status(13)
     integer :: error
-    path = directory//'/'//name
-    if (name(len(name):) == ' ') then
-      call add_problem(found, path, 'not examined, blanks at the end of a CHARACTER argument do not count')
-      return
-    end if
-    error = lstati8(path, status)
+    error = lstati8(path//NUL, status)
     if (error /= 0) then
-      call add_problem(found, path, reason(error))
+      call add_problem(found, path, error)
       return
     end if
     select case (iand(int(status(STAT_MODE)), MODE_TYPE_MASK))
@@ -186,7 +107,7 @@ contains
     found%files = found%files + 1
     ! Files with holes may claim more bytes together than can be counted.
     found%bytes = found%bytes + min(bytes, huge(bytes) - found%bytes)
-    if (access(path, 'r') == NO_PERMISSION) found%unreadable = found%unreadable + 1
+    if (access(path//NUL, 'r') == NO_PERMISSION) found%unreadable = found%unreadable + 1
     class = (64 - leadz(bytes) + 1)/2
     found%classes(class) = found%classes(class) + 1
     call rank(found%largest, ranked_file(bytes, bytes, modified, path(len(found%root) + 2:)))
@@ -215,11 +136,12 @@ contains
     precedes = one%key > other%key .or. (one%key == other%key .and. llt(one%path, other%path))
   end function precedes
 
-  subroutine add_problem(found, path, why)
+  subroutine add_problem(found, path, error)
     type(tree), intent(inout) :: found
-    character(*), intent(in) :: path, why
+    character(*), intent(in) :: path
+    integer, intent(in) :: error
     call found%problems%add(path(len(found%root) + 2:))
-    call found%reasons%add(why)
+    call found%reasons%add(reason(error))
   end subroutine add_problem
 end module trees
 

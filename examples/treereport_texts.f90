@@ -1,47 +1,11 @@
-! What treereport needs of texts: lists that grow, and how numbers, dates, names and errors read.
-
-! Growing lists of texts: the names in a directory, and a stack of directories to visit.
-module text_lists
-  implicit none
-  private
-
-  type :: text
-    character(:), allocatable :: value
-  end type text
-
-  type, public :: text_list
-    integer :: count = 0
-    type(text), allocatable :: items(:)
-  contains
-    procedure :: add
-  end type text_list
-
-contains
-
-  ! Doubling keeps the cost of a long list in proportion to its length.
-  subroutine add(list, value)
-    class(text_list), intent(inout) :: list
-    character(*), intent(in) :: value
-    type(text), allocatable :: more(:)
-    if (.not. allocated(list%items)) allocate (list%items(64))
-    if (list%count == size(list%items)) then
-      allocate (more(2*list%count))
-      more(1:list%count) = list%items
-      call move_alloc(more, list%items)
-    end if
-    list%count = list%count + 1
-    list%items(list%count)%value = value
-  end subroutine add
-end module text_lists
-
-! How numbers, dates, names and errors read.
+! How numbers, dates, names and errors read in the report.
 module wording
   use, intrinsic :: iso_fortran_env, only: int64, real64
   implicit none
   private
   public :: decimal, human_size, utc_date, printable, reason
 
-  integer, parameter, public :: NO_SUCH_FILE = 2, NO_PERMISSION = 13
+  integer, parameter, public :: NO_PERMISSION = 13
 
 contains
 
@@ -141,7 +105,7 @@ contains
     integer, intent(in) :: error
     character(:), allocatable :: text
     select case (error)
-    case (NO_SUCH_FILE); text = 'no such file or directory'
+    case (2); text = 'no such file or directory'
     case (NO_PERMISSION); text = 'permission denied'
     case (20); text = 'not a directory'
     case (36); text = 'the name is too long'
