@@ -1,9 +1,10 @@
 // Names and directories: CHDIR, UNLINK, RENAME, GETCWD.
 #include "frame/errors.h"
+#include "frame/short_buffer.h"
 #include "frame/strings.h"
 
+#include <climits>
 #include <cstdio>
-#include <cstdlib>
 #include <unistd.h>
 
 using namespace qxport;
@@ -48,18 +49,16 @@ int32_t rename_(const char *from, const char *to, charlen from_len, charlen to_l
 int32_t getcwd_(char *dirname, charlen dirname_len) {
   if (dirname_len < 1)
     return portlib_local_errno = ENOENT;
-  const size_t size = length_of(dirname_len) + 1;
-  char *path = static_cast<char *>(malloc(size));
-  if (path == nullptr)
+  const size_t length = length_of(dirname_len);
+  const ShortBuffer<PATH_MAX> buffer(length + 1);
+  if (buffer.get() == nullptr)
     return set_and_record_local(ENOMEM);
-  int32_t answer = 0;
-  const char *found = getcwd(path, size);
+  blank_fill(dirname, dirname_len);
+  const char *found = getcwd(buffer.get(), length + 1);
   if (found == nullptr)
-    answer = record_local(errno);
-  // The name fits, since the host was told the room there is.
-  store_padded(dirname, dirname_len, found, found == nullptr ? 0 : strlen(found));
-  free(path);
-  return answer;
+    return record_local(errno);
+  memcpy(dirname, found, std::min(strlen(found), length));
+  return 0;
 }
 
 QXPORT_ALIAS(chdir_)

@@ -1,5 +1,6 @@
 // GETENV and SCANENV.
 #include "frame/fortran.h"
+#include "frame/short_buffer.h"
 
 #include <cstdlib>
 #include <unistd.h>
@@ -7,37 +8,6 @@
 using namespace qxport;
 
 namespace {
-
-// A variable's name as GETENV takes it: the characters before the first blank. Short ones need no heap.
-class VariableName {
-public:
-  VariableName(const char *name, charlen name_len) {
-    const size_t limit = length_of(name_len);
-    const void *blank = limit == 0 ? nullptr : memchr(name, ' ', limit);
-    const size_t count =
-        blank == nullptr ? limit : static_cast<size_t>(static_cast<const char *>(blank) - name);
-    if (count >= sizeof(short_))
-      text_ = static_cast<char *>(malloc(count + 1));
-    if (text_ == nullptr)
-      return;
-    if (count > 0)
-      memcpy(text_, name, count);
-    text_[count] = '\0';
-  }
-  ~VariableName() {
-    if (text_ != short_)
-      free(text_);
-  }
-  VariableName(const VariableName &) = delete;
-  VariableName &operator=(const VariableName &) = delete;
-
-  // Null where the name could not be kept: such a variable is not found.
-  const char *get() const { return text_; }
-
-private:
-  char short_[128];
-  char *text_ = short_;
-};
 
 constexpr size_t TEMPLATE_LIMIT = 8192;
 
@@ -105,8 +75,16 @@ const char *next_match(const Template &wanted) {
 
 // CALL GETENV(NAME, VALUE)
 void getenv_(const char *name, char *value, charlen name_len, charlen value_len) {
-  const VariableName variable(name, name_len);
-  const char *found = variable.get() == nullptr ? nullptr : getenv(variable.get());
+  const size_t limit = length_of(name_len);
+  const ShortBuffer<512> variable(limit + 1);
+  const char *found = nullptr;
+  // A name that cannot be kept is one that is not found.
+  if (char *copy = variable.get(); copy != nullptr) {
+    for (const char *end = name + limit; name != end && *name != ' '; ++name)
+      *copy++ = *name;
+    *copy = '\0';
+    found = getenv(variable.get());
+  }
   store_padded(value, value_len, found, found == nullptr ? 0 : strlen(found));
 }
 

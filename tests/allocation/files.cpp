@@ -93,25 +93,35 @@ TEST_F(FileRoutines, SymbolicChmodIs12AndChangesNothing) {
 }
 
 TEST_F(FileRoutines, GetcwdIs12AndStoresNothing) {
-  Character name(200);
+  Character name(PATH_MAX);
   expect_failures(
       1, NO_MEMORY_RECORDED_ONCE, [&] { return getcwd_(name.data(), name.length()); },
-      [&] { EXPECT_EQ(name.text(), std::string(200, '#')); });
-  EXPECT_EQ(name.text(), padded(directory_.path(), 200));
+      [&] { EXPECT_EQ(name.text(), std::string(PATH_MAX, '#')); });
+  EXPECT_EQ(name.text(), padded(directory_.path(), PATH_MAX));
 }
 
 TEST_F(FileRoutines, GetcwdReports12WhateverTheAllocatorLeft) {
-  Character name(200);
+  Character name(PATH_MAX);
   const FailingAllocation failing(1, EAGAIN);
   EXPECT_EQ(outcome_of([&] { return getcwd_(name.data(), name.length()); }), NO_MEMORY_RECORDED_ONCE);
 }
 
 TEST_F(FileRoutines, GetcwdAsksForOneByteMoreThanTheVariable) {
-  Character name(200);
+  Character name(PATH_MAX);
   const FailingAllocation counting(0);
   getcwd_(name.data(), name.length());
   EXPECT_EQ(counting.allocations(), 1u);
-  EXPECT_EQ(counting.requested(1), 201u);
+  EXPECT_EQ(counting.requested(1), PATH_MAX + 1u);
+}
+
+TEST_F(FileRoutines, GetcwdNeedsNoHeapForAVariableOfUsualLength) {
+  for (const size_t length : {directory_.path().size(), size_t{PATH_MAX - 1}}) {
+    Character name(length);
+    const FailingAllocation failing(1);
+    EXPECT_EQ(getcwd_(name.data(), name.length()), 0);
+    EXPECT_EQ(failing.allocations(), 0u);
+    EXPECT_EQ(name.text(), padded(directory_.path(), length));
+  }
 }
 
 template <typename Integer>
@@ -161,12 +171,12 @@ TEST(Getenv, LongNameIsNotFoundWithoutMemory) {
 
 TEST(Getenv, ShortNameNeedsNoHeap) {
   const Environment environment({"HOME=/root"});
-  const std::string variable = padded("HOME", 4000);
+  const std::string variable = padded("HOME", 511);
   Character value(8);
   const FailingAllocation failing(1);
   getenv_("HOME", value.data(), 4, 8);
   EXPECT_EQ(value.text(), "/root   ");
-  getenv_(variable.c_str(), value.data(), 4000, 8);
+  getenv_(variable.c_str(), value.data(), 511, 8);
   EXPECT_EQ(value.text(), "/root   ");
   EXPECT_EQ(failing.allocations(), 0u);
 }
@@ -205,6 +215,7 @@ TEST_F(FileRoutines, TheOthersNeedNoHeap) {
 TEST_F(FileRoutines, AllElseIsGivenBack) {
   const std::string long_name(1000, 'N');
   Character name(200);
+  Character long_variable(PATH_MAX);
   StatusArray<int32_t> statb;
   StatusArray<int64_t> statb8;
   EXPECT_EQ(heap_growth([&] {
@@ -217,7 +228,7 @@ TEST_F(FileRoutines, AllElseIsGivenBack) {
               rename_("missing", "file", 7, 4);
               rename_("file", nullptr, 4, 4);
               getcwd_(name.data(), name.length());
-              getcwd_(name.data(), 1);
+              getcwd_(long_variable.data(), long_variable.length());
               stat_("file", statb.data(), 4);
               stat_("missing", statb.data(), 7);
               lstat_("file", statb.data(), 4);
