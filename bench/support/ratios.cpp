@@ -49,14 +49,17 @@ void print(const Medians &medians, const Comparison &line) {
   if (ours == 0)
     return;
   if (*line.peer == '\0') {
-    printf("%-16s %11.1f ns%s\n", line.routine, ours, verdict(ours, line.at_most, "%.0f ns").c_str());
+    printf("%-28s %11.1f ns%s\n", line.routine, ours, verdict(ours, line.at_most, "%.0f ns").c_str());
     return;
   }
   const double theirs = medians.time(routine + "/" + line.peer);
   if (theirs == 0)
     return;
-  printf("%-16s %11.1f ns  %-24s %11.1f ns  ratio %.2f%s\n", line.routine, ours, line.peer, theirs,
+  printf("%-28s %11.1f ns  %-16s %11.1f ns  ratio %.2f%s", line.routine, ours, line.peer, theirs,
          ours / theirs, verdict(ours / theirs, line.at_most, "%.2f").c_str());
+  if (line.more_at_most != NO_LIMIT)
+    printf("  %+.1f ns%s", ours - theirs, verdict(ours - theirs, line.more_at_most, "%+.0f ns").c_str());
+  printf("\n");
 }
 
 }  // namespace
@@ -77,7 +80,7 @@ int run(int argc, char **argv, const std::vector<Comparison> &comparisons) {
 
   Medians medians;
   benchmark::RunSpecifiedBenchmarks(&medians);
-  printf("\nroutine                 ours  beside\n");
+  printf("\n%-28s %14s  beside\n", "routine", "ours");
   for (const Comparison &line : comparisons)
     print(medians, line);
   return 0;

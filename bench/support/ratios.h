@@ -17,6 +17,8 @@ struct Comparison {
   const char *routine;
   const char *peer;
   double at_most = NO_LIMIT;
+  // How much longer than the peer, in ns.
+  double more_at_most = NO_LIMIT;
 };
 
 // A benchmark that handles many entries in one iteration says how many; the table shows the time of one.
