@@ -18,14 +18,14 @@ public:
 
   constexpr FoldedName(const char *text, size_t length) {
     size_t i = 0;
-    for (; i < length && text[i] != ' ' && text[i] != '\0'; ++i) {
-      if (i == CAPACITY) {
-        fits_ = false;
-        return;
+    for (uint64_t &word : words_) {
+      for (unsigned shift = 0; shift < 64; shift += 8, ++i) {
+        if (ends(text, length, i))
+          return;
+        word |= uint64_t{fold(text[i])} << shift;
       }
-      const uint64_t byte = static_cast<unsigned char>(fold(text[i]));
-      words_[i / sizeof(uint64_t)] |= byte << (i % sizeof(uint64_t) * 8);
     }
+    fits_ = ends(text, length, i);
   }
 
   template <size_t N>
@@ -43,7 +43,12 @@ public:
   }
 
 private:
-  static constexpr char fold(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+  static constexpr bool ends(const char *text, size_t length, size_t i) {
+    return i == length || text[i] == ' ' || text[i] == '\0';
+  }
+  static constexpr unsigned char fold(char c) {
+    return static_cast<unsigned char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+  }
 
   uint64_t words_[CAPACITY / sizeof(uint64_t)] = {};
   bool fits_ = true;
