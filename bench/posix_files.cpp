@@ -111,29 +111,45 @@ void read_by_hand(benchmark::State &state) {
 BENCHMARK(read_ours)->Name("pxfread of nothing/ours");
 BENCHMARK(read_by_hand)->Name("pxfread of nothing/read");
 
-int32_t unit_of_characters() {
-  static const int32_t unit = [] {
-    const std::string path = directory().path() + ".characters";
-    std::ofstream(path) << std::string(CHARACTERS, 'x');
-    const int32_t opened = open_for_reading_(path.data(), path.size());
-    unlink(path.c_str());
-    return opened;
-  }();
-  return unit;
+// Units with the same characters: one with a number, and one that NEWUNIT numbered.
+struct Units {
+  int32_t numbered = 20, renumbered;
+
+  Units() {
+    const std::string paths[] = {directory().path() + ".numbered", directory().path() + ".renumbered"};
+    for (const std::string &path : paths)
+      std::ofstream(path) << std::string(CHARACTERS, 'x');
+    open_for_reading_(&numbered, paths[0].data(), paths[0].size());
+    renumbered = open_new_unit_for_reading_(paths[1].data(), paths[1].size());
+    for (const std::string &path : paths)
+      unlink(path.c_str());
+  }
+};
+
+const Units &units() {
+  static const Units kept;
+  return kept;
 }
 
-void characters_with(benchmark::State &state, int32_t (*count)(const int32_t *)) {
-  const int32_t unit = unit_of_characters();
+using CountCharacters = int32_t (*)(const int32_t *);
+void characters_with(benchmark::State &state, CountCharacters count, int32_t Units::*unit) {
+  const int32_t number = units().*unit;
   for (auto _ : state)
-    if (count(&unit) != CHARACTERS)
+    if (count(&number) != CHARACTERS)
       return state.SkipWithError("characters are missing");
   bench::count_entries(state, CHARACTERS);
 }
-BENCHMARK_CAPTURE(characters_with, ours, qx_count_characters_)
+BENCHMARK_CAPTURE(characters_with, ours, qx_count_characters_, &Units::numbered)
     ->Name("pxffgetc/ours")
     ->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(characters_with, gfortran, gnu_count_characters_)
+BENCHMARK_CAPTURE(characters_with, gfortran, gnu_count_characters_, &Units::numbered)
     ->Name("pxffgetc/fgetc")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(characters_with, ours_new, qx_count_characters_, &Units::renumbered)
+    ->Name("pxffgetc, NEWUNIT/ours")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(characters_with, gfortran_new, gnu_count_characters_, &Units::renumbered)
+    ->Name("pxffgetc, NEWUNIT/fgetc")
     ->Unit(benchmark::kMillisecond);
 
 void open_and_close(benchmark::State &state) {
@@ -157,5 +173,6 @@ int main(int argc, char **argv) {
                     {{"pxfreaddir and pxfstat", "by hand", 1.05},
                      {"pxfread of nothing", "read", bench::NO_LIMIT, 10},
                      {"pxffgetc", "fgetc", 1.00},
+                     {"pxffgetc, NEWUNIT", "fgetc", 1.00},
                      {"pxfopendir and pxfclosedir", "by hand"}});
 }

@@ -148,8 +148,15 @@ integer function gnu_count_characters(unit)
   end do
 end function
 
-integer function open_for_reading(path)
+subroutine open_for_reading(unit, path)
+  implicit none
+  integer, intent(in) :: unit
+  character(*), intent(in) :: path
+  open (unit, file=path, action='read', status='old')
+end subroutine
+
+integer function open_new_unit_for_reading(path)
   implicit none
   character(*), intent(in) :: path
-  open (newunit=open_for_reading, file=path, action='read', status='old')
+  open (newunit=open_new_unit_for_reading, file=path, action='read', status='old')
 end function

@@ -25,7 +25,8 @@ int32_t qx_rindex_(const char *text, const char *part, size_t text_len, size_t p
 int32_t gnu_index_back_(const char *text, const char *part, size_t text_len, size_t part_len);
 int32_t qx_count_characters_(const int32_t *unit);
 int32_t gnu_count_characters_(const int32_t *unit);
-int32_t open_for_reading_(const char *path, size_t path_len);
+void open_for_reading_(const int32_t *unit, const char *path, size_t path_len);
+int32_t open_new_unit_for_reading_(const char *path, size_t path_len);
 
 }  // extern "C"
 

@@ -40,9 +40,10 @@ ErrorState error_state();
 // The state of a call that touched none of the three.
 ErrorState untouched();
 
-// Two names of one routine. A compiler may take it for granted that two functions have two addresses, so they are
-// compared as values that it cannot know.
-template <typename Routine> void expect_same_routine(Routine *name, Routine *alias) {
+// Two names of one routine. A compiler may take it for granted that two functions have two addresses, so they
+// are compared as values that it cannot know.
+template <typename Routine>
+void expect_same_routine(Routine *name, Routine *alias) {
   Routine *volatile one = name;
   Routine *volatile other = alias;
   EXPECT_TRUE(one == other);

@@ -76,6 +76,8 @@ TEST(PosixProvider, CharactersAndPositions) {
   EXPECT_EQ(__msportlib_d_fseek_i8(43, 0x100000000, SEEK_SET), 0);
   EXPECT_EQ(__msportlib_d_curpos_i8(43), 0x100000000);
   EXPECT_EQ(__msportlib_d_fseek(43, -1, SEEK_SET), -EINVAL);
+  for (const int32_t origin : {-1, SEEK_END + 1, SEEK_END + 2, INT_MAX})
+    EXPECT_EQ(__msportlib_d_fseek(43, 0, origin), -EINVAL) << origin;
   EXPECT_EQ(__msportlib_d_curpos_i8(43), 0x100000000);
   const int32_t unit = 43;
   EXPECT_EQ(flushqq_(&unit), 1);

@@ -5,15 +5,34 @@
 
 #include "frame/fortran.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <unistd.h>
 
 namespace {
 
-// Asked before anything else of a negative number, which may be one that the run-time keeps for an internal
-// file: its other routines crash on those.
 bool is_connected(int32_t unit) {
   return qxcore_gnu_descriptor(unit) >= 0;
+}
+
+// The run-time answers a failed read as the end of the file, and a failed flush not at all: what went wrong
+// is in errno only. What a signal interrupted it begins again, with EINTR left there. Answers the error
+// number of the call, or 0 with errno as it was before.
+template <typename Call>
+int error_of(Call call) {
+  const int former = errno;
+  errno = 0;
+  call();
+  if (errno != 0 && errno != EINTR)
+    return errno;
+  errno = former;
+  return 0;
+}
+
+bool is_flushed(int32_t unit) {
+  int32_t status = 0;
+  const int error = error_of([&] { status = qxcore_gnu_flush(unit); });
+  return status == 0 && error == 0;
 }
 
 }  // namespace
@@ -22,24 +41,29 @@ bool is_connected(int32_t unit) {
 // for the position or sets it, which brings them together.
 int32_t __msportlib_d_readchar(intptr_t unit) {
   const int32_t number = static_cast<int32_t>(unit);
-  if (number < 0 && !is_connected(number))
+  if (number < 0 && !qxcore_gnu_is_open(number))
     return -EBADF;
   char next;
-  const int32_t status = qxcore_gnu_read_character(&number, &next);
+  int32_t status = 0;
+  const int error = error_of([&] { status = qxcore_gnu_read_character(&number, &next); });
   if (status == 0)
     return static_cast<unsigned char>(next);
   if (!is_connected(number))
     return -EBADF;
-  return status == -1 ? READ_END : -EIO;
+  // An error number of 2 would read as the end of the file.
+  return error == 0 ? READ_END : -std::max(error, 3);
 }
 
 int32_t __msportlib_d_writechar(intptr_t unit, int32_t character) {
   const int32_t number = static_cast<int32_t>(unit);
-  if (number < 0 && !is_connected(number))
+  // The run-time would buffer the character, and lose it with the buffer.
+  if (!qxcore_gnu_is_writable(number))
     return -EBADF;
-  if (qxcore_gnu_write_character(number, character) == 0)
-    return 0;
-  return is_connected(number) ? -EIO : -EBADF;
+  int32_t status = 0;
+  const int error = error_of([&] { status = qxcore_gnu_write_character(number, character); });
+  if (error != 0)
+    return -error;
+  return status == 0 ? 0 : -EIO;
 }
 
 int64_t __msportlib_d_curpos_i8(intptr_t unit) {
@@ -79,13 +103,13 @@ int32_t __msportlib_d_fseek(intptr_t unit, int64_t offset, int32_t origin) {
 
 // L = FLUSHQQ(UNIT)
 int32_t flushqq_(const int32_t *unit) {
-  return is_connected(*unit) && qxcore_gnu_flush(*unit) == 0 ? 1 : 0;
+  return is_connected(*unit) && is_flushed(*unit) ? 1 : 0;
 }
 
 // L = COMMITQQ(UNIT)
 int32_t commitqq_(const int32_t *unit) {
   const int fd = qxcore_gnu_descriptor(*unit);
-  return fd >= 0 && qxcore_gnu_flush(*unit) == 0 && qxcore::commit(fd) ? 1 : 0;
+  return fd >= 0 && is_flushed(*unit) && qxcore::commit(fd) ? 1 : 0;
 }
 
 QXPORT_ALIAS(flushqq_)

@@ -20,10 +20,15 @@ struct Descriptor {
   const int fd;
 };
 
+bool open_unit(int32_t unit, const char *path, qxcore::Action action) {
+  const int32_t length = static_cast<int32_t>(strlen(path));
+  return qxcore_gnu_open(unit, path, length, static_cast<int32_t>(action)) == 0;
+}
+
 bool open_unit(int32_t unit, int fd, qxcore::Action action) {
   char path[32];
-  const int length = snprintf(path, sizeof(path), "/proc/self/fd/%d", fd);
-  return qxcore_gnu_open(unit, path, length, static_cast<int32_t>(action)) == 0;
+  snprintf(path, sizeof(path), "/proc/self/fd/%d", fd);
+  return open_unit(unit, path, action);
 }
 
 // Opens the unit on a pipe of our own: for what cannot be opened by name (a socket), or what waits in open
@@ -65,12 +70,16 @@ int32_t for_fdopen(int32_t fd, int32_t unit, const char *access, intptr_t access
     return EISDIR;
   const bool by_name = S_ISREG(status.st_mode) || S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode);
   errno = 0;
-  if (!(by_name ? open_unit(unit, fd, action) : open_unit_on_pipe(unit, action)))
+  // A descriptor may be had from times of other rights: neither its file nor a pipe can then be opened by
+  // name.
+  if (!(by_name ? open_unit(unit, fd, action) : open_unit_on_pipe(unit, action)) &&
+      !open_unit(unit, "/dev/null", action))
     return errno != 0 ? errno : EINVAL;
   const int unit_fd = qxcore_gnu_descriptor(unit);
   if (unit_fd < 0)
     return EINVAL;
-  if (dup2(fd, unit_fd) < 0)
+  // Like the run-time's own descriptors it does not pass to a program that is executed.
+  if (unit_fd != fd && dup3(fd, unit_fd, O_CLOEXEC) < 0)
     return errno;
   const off_t offset = lseek(fd, 0, SEEK_CUR);
   if (by_name && offset > 0 && qxcore_gnu_seek(unit, offset) != 0)

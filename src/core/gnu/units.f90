@@ -2,7 +2,7 @@
 ! The units of the GNU Fortran run-time as its users reach them: INQUIRE, OPEN and the documented extensions. No private
 ! interface of the run-time is relied on, so any release of it serves.
 module qxcore_gnu_units
-  use, intrinsic :: iso_c_binding, only: c_char, c_int32_t, c_int64_t, c_intptr_t
+  use, intrinsic :: iso_c_binding, only: c_bool, c_char, c_int32_t, c_int64_t, c_intptr_t
   implicit none
   private
   integer, parameter :: longest_path = 4096
@@ -14,19 +14,25 @@ contains
     call exit(status)
   end subroutine
 
+  ! A negative number may be one of the run-time's own, kept for internal files: it looks open, but FNUM, FGETC and other
+  ! inquiries crash on it. It alone denies sharing; a unit that NEWUNIT made does not. This is asked before every
+  ! character, so it asks for no more than it needs.
+  function is_open(unit) bind(C, name='qxcore_gnu_is_open') result(answer)
+    integer(c_int32_t), value :: unit
+    logical(c_bool) :: answer
+    integer :: status
+    character(6) :: share
+    inquire (unit=unit, share=share, iostat=status)
+    answer = status == 0 .and. share /= 'DENYRW' .and. share /= 'UNKNOW'
+  end function
+
   function descriptor(unit) bind(C, name='qxcore_gnu_descriptor') result(answer)
     integer(c_intptr_t), value :: unit
     integer(c_int32_t) :: answer
-    integer :: status
-    logical :: opened
-    character(9) :: share
     answer = -1
     if (unit > huge(0) .or. unit < -huge(0)) return
     if (unit < 0) then
-      ! A number of the run-time's own, kept for internal files, looks open, but FNUM and other inquiries crash on it. It
-      ! alone denies sharing; a unit that NEWUNIT made does not.
-      inquire (unit=int(unit), opened=opened, share=share, iostat=status)
-      if (status /= 0 .or. .not. opened .or. share == 'DENYRW') return
+      if (.not. is_open(int(unit))) return
     end if
     answer = fnum(int(unit))
   end function
@@ -67,6 +73,17 @@ contains
     character(kind=c_char), intent(out) :: next
     integer(c_int32_t) :: answer
     answer = fgetc(unit, next)
+  end function
+
+  ! Of the run-time's own numbers none is.
+  function is_writable(unit) bind(C, name='qxcore_gnu_is_writable') result(answer)
+    integer(c_int32_t), value :: unit
+    logical(c_bool) :: answer
+    integer :: status
+    character(9) :: writable, share
+    inquire (unit=unit, write=writable, share=share, iostat=status)
+    answer = status == 0
+    if (answer) answer = writable == 'YES' .and. share /= 'DENYRW'
   end function
 
   function write_character(unit, character_number) bind(C, name='qxcore_gnu_write_character') result(answer)

@@ -8,6 +8,9 @@ extern "C" {
 
 void qxcore_gnu_exit(int32_t status);
 
+// Is the unit the program's and connected? Asked before anything else of a negative number.
+bool qxcore_gnu_is_open(int32_t unit);
+
 // The descriptor of a unit, or -1.
 int32_t qxcore_gnu_descriptor(intptr_t unit);
 
@@ -20,6 +23,9 @@ int32_t qxcore_gnu_open(int32_t unit, const char *path, int32_t path_length, int
 // 0 with the next character; -1 at the end of the file or for a unit that is not connected; or an error
 // number.
 int32_t qxcore_gnu_read_character(const int32_t *unit, char *next);
+
+// Is the unit connected, and for writing?
+bool qxcore_gnu_is_writable(int32_t unit);
 
 // 0, or not.
 int32_t qxcore_gnu_write_character(int32_t unit, int32_t character);

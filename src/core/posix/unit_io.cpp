@@ -40,6 +40,8 @@ int32_t __msportlib_d_fseek_i8(intptr_t unit, int64_t offset, int32_t origin) {
   const int fd = descriptor_of(unit);
   if (fd < 0)
     return -EBADF;
+  if (origin < SEEK_SET || origin > SEEK_END)
+    return -EINVAL;
   return lseek(fd, static_cast<off_t>(offset), origin) < 0 ? -errno : 0;
 }
 
