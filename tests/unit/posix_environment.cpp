@@ -12,6 +12,9 @@ namespace {
 
 constexpr const char *TELL = "--tell";
 
+// What a program's own constructor learns.
+const int32_t count_at_start = ipxfargc_();
+
 struct Argument {
   std::string value;
   int32_t ilen;
@@ -96,6 +99,11 @@ TEST(CommandLine, ArgumentOfAHundredThousandCharacters) {
   const std::vector<std::string> arguments = {std::string(100000, 'x')};
   EXPECT_EQ(told(10, arguments), expected(10, arguments));
   EXPECT_EQ(told(100001, arguments), expected(100001, arguments));
+}
+
+TEST(CommandLine, IsThereForTheProgramsOwnConstructors) {
+  EXPECT_GE(count_at_start, 0);
+  EXPECT_EQ(count_at_start, ipxfargc_());
 }
 
 TEST(CommandLine, FarNumbersAreNoArguments) {

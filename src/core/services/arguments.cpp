@@ -1,5 +1,6 @@
 // The command line, whatever language the program's main is in: the host's start-up code hands it to
-// constructors.
+// constructors. The priority is the earliest that is not reserved, so a program's own constructors get it
+// too.
 #include "core/contract.h"
 #include "frame/fortran.h"
 
@@ -8,7 +9,7 @@ namespace {
 int argument_count;
 char **arguments;
 
-__attribute__((constructor)) void keep_arguments(int count, char **values) {
+__attribute__((constructor(101))) void keep_arguments(int count, char **values) {
   argument_count = count;
   arguments = values;
 }
