@@ -20,7 +20,7 @@ inline Record *begin_access(int32_t handle, int32_t *ierror) {
 }
 
 // The named component of a record if the routine's kind of access (`allowed`) fits it; or null, with ENONAME
-// reported.
+// reported. Of a component's name the whole hidden length counts, of the binding's other texts its low half.
 template <typename Predicate>
 const Component *find_component(const Record *record, const char *compnam, charlen length, int32_t *ierror,
                                 Predicate allowed) {

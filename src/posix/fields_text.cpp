@@ -1,5 +1,6 @@
 // PXFSTRGET, PXFSTRSET, PXFESTRGET: CHARACTER components.
 #include "posix/fields.h"
+#include "posix/file_name.h"
 
 #include <cstdlib>
 
@@ -33,7 +34,7 @@ Text text_of(Record *record, const Component &component) {
 // Hands a text to the caller: its full length, and as many of its characters as fit, blank-padded.
 void deliver(const Text &text, char *value, charlen value_len, int32_t *ilen, int32_t *ierror) {
   *ilen = static_cast<int32_t>(text.length);
-  if (store_padded(value, value_len, text.start, text.length) < text.length) {
+  if (store_padded(value, narrow_length(value_len), text.start, text.length) < text.length) {
     *ierror = ETRUNC;
     errno = ERANGE;
   }
@@ -52,12 +53,15 @@ void set_text(Record *record, const Component &component, const Text &text, int3
   start[stored] = '\0';
 }
 
-// The old string is gone when memory for the new one runs out.
+// The old string is gone when memory for the new one runs out. A user's texts report ENOMEM then, a group's
+// name what the host said.
 void set_string(Record *record, const Component &component, const Text &text, int32_t *ierror) {
   release_strings(record, component);
   char *string = new_string(text.start, text.length);
   if (string == nullptr) {
-    *ierror = errno = ENOMEM;
+    if (record->kind != static_cast<uint32_t>(Kind::Group))
+      errno = ENOMEM;
+    *ierror = errno;
     return;
   }
   record->at<char *>(component.offset) = string;
@@ -81,7 +85,7 @@ void pxfstrget_(const int32_t *jhandle, const char *compnam, char *value, int32_
 // The length is looked at before the handle; a negative one counts as huge.
 void pxfstrset_(const int32_t *jhandle, const char *compnam, const char *value, const int32_t *ilen,
                 int32_t *ierror, charlen compnam_len, charlen value_len) {
-  if (*ilen < 0 || static_cast<size_t>(*ilen) > length_of(value_len))
+  if (exceeds(*ilen, narrow_length(value_len)))
     return refuse(ierror, EINVAL);
   Record *record = begin_access(*jhandle, ierror);
   if (record == nullptr)

@@ -34,7 +34,7 @@ public:
   int32_t count() const { return count_; }
   uintptr_t *words(int32_t number) const { return number < count_ ? blocks_[number].words : nullptr; }
 
-  // Forgets and releases all blocks but the first, and reads from its words which of its slots are taken.
+  // Forgets and releases all blocks but the first.
   void reset() {
     for (int32_t number = 1; number < count_; ++number)
       free(blocks_[number].words);
@@ -49,9 +49,6 @@ public:
     few_[0] = empty_block(first_);
     few_open_ = 1;
     lowest_open_ = 0;
-    for (int32_t slot = 0; slot < SLOTS_PER_BLOCK; ++slot)
-      if (first_[slot] != 0)
-        take(0, slot);
   }
 
   // The lowest block that has a free slot, or -1.
@@ -105,6 +102,7 @@ public:
   }
 
 private:
+  // All blocks are full when a table grows, so which of them are open need not be carried over.
   bool grow() {
     const size_t capacity = static_cast<size_t>(capacity_) * 2;
     Block *blocks = static_cast<Block *>(malloc(capacity * sizeof(Block)));
@@ -115,7 +113,6 @@ private:
       return false;
     }
     memcpy(blocks, blocks_, static_cast<size_t>(count_) * sizeof(Block));
-    memcpy(open, open_, static_cast<size_t>(count_ / BITS) * sizeof(uint64_t));
     if (blocks_ != few_) {
       free(blocks_);
       free(open_);
@@ -168,16 +165,22 @@ void destroy_handle_table() {
 }
 
 int32_t get_handle_from_alloc_address(void *address) {
-  int32_t block = allocatable.lowest_open();
-  if (block < 0) {
-    if (!allocatable.append())
-      return 0;
-    block = allocatable.count() - 1;
+  for (;;) {
+    int32_t block = allocatable.lowest_open();
+    if (block < 0) {
+      if (!allocatable.append())
+        return 0;
+      block = allocatable.count() - 1;
+    }
+    const int32_t slot = allocatable.lowest_free_slot(block);
+    allocatable.take(block, slot);
+    uintptr_t &word = allocatable.words(block)[slot];
+    // The index does not know of a slot that a program filled itself, nor of one filled before a reset.
+    if (word != 0)
+      continue;
+    word = reinterpret_cast<uintptr_t>(address);
+    return handle_of(block, slot);
   }
-  const int32_t slot = allocatable.lowest_free_slot(block);
-  allocatable.words(block)[slot] = reinterpret_cast<uintptr_t>(address);
-  allocatable.take(block, slot);
-  return handle_of(block, slot);
 }
 
 int32_t get_handle_from_static_address(void *address) {

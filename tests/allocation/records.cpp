@@ -135,6 +135,18 @@ TEST_F(RecordAllocation, IndexGrowsBehind64Blocks) {
   EXPECT_EQ(release(&handle), succeeded());
 }
 
+TEST_F(RecordAllocation, NothingIsKeptOfAFailedGrowth) {
+  const RecordsUpTo full(64 * 255);
+  EXPECT_EQ(heap_growth([] {
+              for (size_t n = 2; n <= 3; ++n) {
+                int32_t handle = FORMER;
+                const FailingAllocation failing(n);
+                EXPECT_EQ(create("stat", &handle).answer, NO_SUCH_HANDLE) << n;
+              }
+            }),
+            0u);
+}
+
 TEST_F(RecordAllocation, FirstRecordsNeedNothingButThemselves) {
   const FailingAllocation counting(0);
   const RecordsUpTo full(255);
@@ -202,7 +214,27 @@ TEST_F(RecordAllocation, SetOfProceduresGrows) {
   EXPECT_EQ(outcome, succeeded());
 }
 
+TEST_F(RecordAllocation, ProcedureEnteredAgainNeedsNoMore) {
+  static char procedure;
+  get_handle_from_static_address(&procedure);
+  const FailingAllocation counting(0);
+  for (int i = 0; i < 1000; ++i)
+    get_handle_from_static_address(&procedure);
+  EXPECT_EQ(counting.allocations(), 0u);
+}
+
 #endif
+
+// So many that all that stands beside the tables has grown twice.
+TEST_F(RecordAllocation, TablesGiveBackAllTheirMemory) {
+  static char things[128 * 255 + 1];
+  EXPECT_EQ(heap_growth([] {
+              for (char &thing : things)
+                get_handle_from_alloc_address(&thing);
+              init_handle_table();
+            }),
+            0u);
+}
 
 TEST(StringAllocation, PasswdStringIsLost) {
   expect_strings_without_memory("passwd", {"pw_name", "pw_dir", "pw_shell"});
@@ -210,6 +242,18 @@ TEST(StringAllocation, PasswdStringIsLost) {
 
 TEST(StringAllocation, GroupNameIsLost) {
   expect_strings_without_memory("group", {"gr_name"});
+}
+
+// ENOMEM for a user's texts, whatever the heap says; the host's own number for a group's name.
+TEST(StringAllocation, NumberIsEnomemButForAGroupsName) {
+  const auto set_without_memory = [](const std::string &kind, const std::string &name) {
+    const Filled record(kind);
+    const FailingAllocation failing(1, EAGAIN);
+    return strset(record, name, "a new text");
+  };
+  for (const char *name : {"pw_name", "pw_dir", "pw_shell"})
+    EXPECT_EQ(set_without_memory("passwd", name), no_memory()) << name;
+  EXPECT_EQ(set_without_memory("group", "gr_name"), refused(EAGAIN, EAGAIN));
 }
 
 TEST(StringAllocation, IsExactlyTheTextAndItsNul) {
@@ -294,6 +338,17 @@ TEST(CopyAllocation, PasswdMidway) {
     EXPECT_EQ(contents_of(destination), wanted);
   }
   EXPECT_EQ(contents_of(source), wanted);
+}
+
+TEST(CopyAllocation, TheHostsNumberIsReported) {
+  for (const std::string kind : {"passwd", "group"}) {
+    const Filled source(kind);
+    const Filled destination(kind, 5'000'000);
+    for (const size_t n : {1, 2, 3}) {
+      const FailingAllocation failing(n, EAGAIN);
+      EXPECT_EQ(copy(kind, source, destination), refused(EAGAIN, EAGAIN)) << kind << ' ' << n;
+    }
+  }
 }
 
 TEST(CopyAllocation, GroupNameFails) {

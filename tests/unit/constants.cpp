@@ -241,8 +241,11 @@ TEST(Constants, RecordsAndComponentsAreNoConstants) {
 }
 
 #if UINTPTR_MAX > UINT32_MAX
-TEST(Constants, HiddenLengthIsAWholeMachineWord) {
-  EXPECT_EQ(look_up("SIGINT ", qxport_charlen{1} << 32), known(2));
-  EXPECT_EQ(look_up("SIGINT ", (qxport_charlen{1} << 32) + 3), known(2));
+TEST(Constants, LowHalfOfTheHiddenLengthCounts) {
+  constexpr qxport_charlen FOUR_GIGABYTES = qxport_charlen{1} << 32;
+  EXPECT_EQ(look_up("SIGINTX", FOUR_GIGABYTES + 6), known(2));
+  EXPECT_EQ(look_up("SIGINT ", FOUR_GIGABYTES), unknown());
+  EXPECT_EQ(look_up("SIGINT ", FOUR_GIGABYTES + 3), unknown());
+  EXPECT_EQ(look_up("SIGINT ", FOUR_GIGABYTES - 1), unknown()) << "it has a sign";
 }
 #endif

@@ -209,6 +209,20 @@ TEST_F(Handles, ThingEnteredTwiceGetsTwoHandles) {
   EXPECT_EQ(resolve(2), &things[5]);
 }
 
+// The first block is a program's to write as well.
+TEST_F(Handles, SlotsThatAProgramFilledAreNotTaken) {
+  AllocatableHandles[1] = reinterpret_cast<uintptr_t>(&things[900]);
+  EXPECT_EQ(enter(0), 1);
+  EXPECT_EQ(enter(1), 3);
+  EXPECT_EQ(resolve(2), &things[900]);
+  EXPECT_EQ(free_alloc_handle(2), 0);
+  EXPECT_EQ(enter(2), 2);
+  for (int slot = 3; slot < 255; ++slot)
+    AllocatableHandles[slot] = reinterpret_cast<uintptr_t>(&things[901]);
+  EXPECT_EQ(enter(3), 257);
+  EXPECT_EQ(resolve(255), &things[901]);
+}
+
 TEST_F(Handles, MultiplesOf256NameNothing) {
   enter_many(600);
   enter_static(0);

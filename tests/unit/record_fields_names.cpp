@@ -177,7 +177,7 @@ TEST(HiddenLengthOfAName, OneRoutineReadsItsLowHalf) {
   EXPECT_EQ(array_errors(record, "c_cc ", 7 * FOUR_GIGABYTES + 100), (ArrayErrors{}));
 }
 
-TEST(HiddenLengthOfAName, AllOthersReadTheWholeWord) {
+TEST(HiddenLengthOfAName, AllOtherFieldsReadTheWholeWord) {
   const OwnedRecord stat("stat");
   const OwnedRecord group("group");
   fill_record(group);
@@ -208,12 +208,25 @@ TEST(HiddenLengthOfAName, AllOthersReadTheWholeWord) {
   expect_done("pxfstrset");
   pxfestrget_(&jgroup, "gr_mem ", &index, value, &number, &ierror, length, sizeof(value));
   expect_done("pxfestrget");
-  pxfstructcopy_("stat ", &jstat, &jstat, &ierror, length);
-  expect_done("pxfstructcopy");
-  int32_t handle = 0;
-  pxfstructcreate_("stat ", &handle, &ierror, length);
-  expect_done("pxfstructcreate");
-  EXPECT_EQ(release(&handle), succeeded());
+}
+
+TEST(HiddenLengthOfAName, OfAStructureItsLowHalfCounts) {
+  const OwnedRecord stat("stat");
+  const int32_t jstat = stat;
+  int32_t made = 0;
+  const auto create_with = [&made](const char *name, qxport_charlen length) {
+    return reported_by([&](int32_t *ierror) { pxfstructcreate_(name, &made, ierror, length); });
+  };
+  const auto copy_with = [&jstat](const char *name, qxport_charlen length) {
+    return reported_by([&](int32_t *ierror) { pxfstructcopy_(name, &jstat, &jstat, ierror, length); });
+  };
+  EXPECT_EQ(create_with("statx", FOUR_GIGABYTES + 4), succeeded());
+  EXPECT_EQ(copy_with("statx", FOUR_GIGABYTES + 4), succeeded());
+  EXPECT_EQ(release(&made), succeeded());
+  for (const qxport_charlen length : {FOUR_GIGABYTES, FOUR_GIGABYTES + 3, FOUR_GIGABYTES - 1}) {
+    EXPECT_EQ(create_with("stat ", length), refused_silently(NO_SUCH_NAME)) << length;
+    EXPECT_EQ(copy_with("stat ", length), refused_silently(NO_SUCH_NAME)) << length;
+  }
 }
 
 #endif

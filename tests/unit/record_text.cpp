@@ -216,15 +216,29 @@ TEST_P(TextComponent, TrailingBlanksDoNotCountForTheCapacity) {
 }
 
 #if UINTPTR_MAX > UINT32_MAX
-TEST_P(TextComponent, ValuesHiddenLengthIsAWholeMachineWord) {
+TEST_P(TextComponent, LowHalfOfTheValuesHiddenLengthCounts) {
+  constexpr qxport_charlen FOUR_GIGABYTES = qxport_charlen{1} << 32;
   const int32_t handle = record;
-  const int32_t ilen = 3;
-  EXPECT_EQ(reported_by([&](int32_t *ierror) {
-              pxfstrset_(&handle, name().data(), "abc", &ilen, ierror, length_of_name(name()),
-                         (qxport_charlen{1} << 32) + 1);
-            }),
-            succeeded());
+  const auto set_with = [&](qxport_charlen length) {
+    const int32_t ilen = 3;
+    return reported_by([&](int32_t *ierror) {
+      pxfstrset_(&handle, name().data(), "abc", &ilen, ierror, length_of_name(name()), length);
+    });
+  };
+  EXPECT_EQ(set_with(FOUR_GIGABYTES + 2), refused(EINVAL));
+  EXPECT_EQ(set_with(FOUR_GIGABYTES - 1), refused(EINVAL));
+  EXPECT_EQ(set_with(FOUR_GIGABYTES + 3), succeeded());
   expect_holds("abc");
+
+  Character value(2);
+  int32_t ilen = SENTINEL;
+  EXPECT_EQ(reported_by([&](int32_t *ierror) {
+              pxfstrget_(&handle, name().data(), value.data(), &ilen, ierror, length_of_name(name()),
+                         FOUR_GIGABYTES + 2);
+            }),
+            refused(CUT, ERANGE));
+  EXPECT_EQ(value.text(), "ab");
+  EXPECT_EQ(ilen, 3);
 }
 #endif
 

@@ -52,6 +52,21 @@ TEST_F(Members, AreCut) {
   expect_member(3, 24, refused(CUT, ERANGE), "a member with a long nam", 25);
 }
 
+#if UINTPTR_MAX > UINT32_MAX
+TEST_F(Members, LowHalfOfTheValuesHiddenLengthCounts) {
+  const int32_t handle = record;
+  const int32_t index = 1;
+  Character value(2);
+  int32_t ilen = SENTINEL;
+  EXPECT_EQ(reported_by([&](int32_t *ierror) {
+              pxfestrget_(&handle, "gr_mem", &index, value.data(), &ilen, ierror, 6,
+                          (qxport_charlen{1} << 32) + 2);
+            }),
+            refused(CUT, ERANGE));
+  EXPECT_EQ(value.text(), "an");
+}
+#endif
+
 TEST_F(Members, NameByTheUsualRule) {
   for (const std::string name : {"GR_MEM", "gr_mem  ", "Gr_Mem x"}) {
     Character value(3);

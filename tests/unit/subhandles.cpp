@@ -27,6 +27,12 @@ int32_t sets_errno(int32_t *) {
   return 0;
 }
 
+// Where the call's IERROR stands, and what a procedure finds there.
+int32_t *ierror_of_the_call = nullptr;
+int32_t looks_at_ierror(int32_t *) {
+  return *ierror_of_the_call;
+}
+
 // A procedure that calls another one by the handle it is given.
 int32_t calls_another(int32_t *handle) {
   int32_t ival = 21;
@@ -132,6 +138,15 @@ TEST_F(Subhandles, ProcedureMayCallAnother) {
   const int32_t outer = handle_of(calls_another);
   int32_t inner = handle_of(twice);
   EXPECT_EQ(call(outer, &inner), 1042);
+}
+
+TEST_F(Subhandles, IerrorIsSetWhenTheProcedureHasReturned) {
+  const int32_t handle = handle_of(looks_at_ierror);
+  int32_t ival = 0;
+  int32_t ierror = SENTINEL;
+  ierror_of_the_call = &ierror;
+  EXPECT_EQ(pxfcallsubhandle_(&handle, &ival, &ierror), SENTINEL);
+  EXPECT_EQ(ierror, 0);
 }
 
 TEST_F(Subhandles, ErrnoIsTheProceduresBusiness) {
