@@ -1,6 +1,7 @@
 ! Strings, error numbers, messages, identity and termination through the module. With an argument the program is one of
 ! its own children: it does what the argument says and ends, and the parent looks at the status and at what was written.
 program frame
+  use, intrinsic :: iso_c_binding, only: c_int32_t
   use, intrinsic :: iso_fortran_env, only: error_unit
   use checks, only: check, finish
   use qxport, only: abort, access, chdir, errsns, exit, for_qxcore_version, for_qxport_version, getlasterror, &
@@ -95,6 +96,12 @@ contains
   end subroutine
 
   subroutine check_recorded_status()
+    interface
+      subroutine record(io, number, status, unit, condition) bind(C, name='for_errsns_load')
+        import :: c_int32_t
+        integer(c_int32_t), value :: io, number, status, unit, condition
+      end subroutine
+    end interface
     integer(4) :: io, number, status, unit, condition
     call check(chdir(missing), enoent, 'chdir to record a status')
     io = -1
@@ -105,6 +112,9 @@ contains
     call errsns(io, number, status, unit, condition)
     call check(number, enoent, 'errsns reads the number')
     call check(io == 0 .and. status == 0 .and. unit == 0 .and. condition == 0, 'errsns: the other four are 0')
+    call record(1, 2, 3, 4, 5)
+    call errsns(io, number, status, unit, condition)
+    call check(all([io, number, status, unit, condition] == [1, 2, 3, 4, 5]), 'errsns reads all five')
   end subroutine
 
   subroutine check_identity()

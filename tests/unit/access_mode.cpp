@@ -79,6 +79,14 @@ TEST(Access, EveryOtherCharacterOfTheModeIs22) {
   }
 }
 
+TEST(Access, EveryCharacterOfALongModeCounts) {
+  const TemporaryDirectory directory;
+  const std::string file = directory.file("file");
+  const std::string blanks(100000, ' ');
+  EXPECT_EQ(access_of(file, blanks + "r"), succeeded());
+  EXPECT_EQ(access_of(file, blanks + "q"), reported(EINVAL));
+}
+
 TEST(Access, WrongModeIsFoundBeforeTheNameIsLookedAt) {
   EXPECT_EQ(outcome_of([] { return access_(nullptr, "q", 4, 1); }), reported(EINVAL));
   EXPECT_EQ(access_of("/nowhere/at/all", "z"), reported(EINVAL));

@@ -273,6 +273,17 @@ TYPED_TEST(TwoDirectories, SecondSearchTakesThePatternOfTheFirst) {
   expect_end(first, END);
 }
 
+TYPED_TEST(TwoDirectories, EndOfTheFirstClosesItsOwnDirectory) {
+  Search<TypeParam> first(this->one / "f?");
+  EXPECT_EQ(first.next(), 2);
+  Search<TypeParam> second(this->two / "f?");
+  EXPECT_EQ(second.next(), 2);
+  EXPECT_EQ(rest(first).size(), 2u);
+  EXPECT_EQ(first.handle, END);
+  // Without a pattern, but with its directory.
+  expect_end(second, END);
+}
+
 TYPED_TEST(TwoDirectories, SearchThatFailsToBeginTakesThemToo) {
   Search<TypeParam> first(this->one / "f?");
   EXPECT_EQ(first.next(), 2);
@@ -377,6 +388,14 @@ TYPED_TEST(Enumeration, DirectoryRemovedMeanwhileEnds) {
   Search<TypeParam> search(this->directory / "sub/file");
   expect_entry(search, "file");
   std::filesystem::remove_all(this->directory / "sub");
+  expect_end(search, END);
+}
+
+TYPED_TEST(Enumeration, RemovedWorkingDirectoryHoldsNothing) {
+  std::filesystem::create_directory(this->directory / "sub");
+  const WorkingDirectory removed(this->directory / "sub");
+  std::filesystem::remove(this->directory / "sub");
+  Search<TypeParam> search("*");
   expect_end(search, END);
 }
 

@@ -1,6 +1,7 @@
 // FINDFILEQQ: one file by its exact name, in its own directory or along a list.
 #include "file_search.h"
 
+#include <climits>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -224,6 +225,33 @@ TEST_F(FindFile, DirectoryOfAnyLengthIsNoTrouble) {
   EXPECT_EQ(find(std::string(100000, 'd') + "/prog"), miss());
 }
 
+TEST_F(FindFile, VariableOfAnyNameIsNoTrouble) {
+  directory.file("two/prog");
+  Character name("prog"), path(10);
+  for (const std::string &variable : {std::string(100000, 'V'), std::string("\0V", 2), std::string("A=B")}) {
+    Character varname(variable);
+    reset_error_state();
+    EXPECT_EQ(findfileqq_(name.data(), varname.data(), path.data(), 4, varname.length(), 10), 0);
+    EXPECT_EQ(error_state(), NOT_FOUND);
+  }
+  const std::string longest(100000, 'V');
+  setenv(longest.c_str(), "two", 1);
+  Character varname(longest + "  ");
+  EXPECT_EQ(findfileqq_(name.data(), varname.data(), path.data(), 4, varname.length(), 10), 8);
+  EXPECT_EQ(path.text(), "two/prog  ");
+  unsetenv(longest.c_str());
+}
+
+TEST_F(FindFile, RemovedWorkingDirectoryHoldsNothing) {
+  directory.file("two/prog");
+  set_list(directory / "two");
+  std::filesystem::create_directory("removed");
+  const WorkingDirectory removed("removed");
+  std::filesystem::remove(directory / "removed");
+  EXPECT_EQ(find("prog"), hit(directory / "two/prog"));
+  EXPECT_EQ(find("missing"), miss());
+}
+
 // The root directory cannot be named; the list is searched all the same.
 TEST_F(FindFile, NameInTheRootDirectoryIsNotFoundThere) {
   EXPECT_EQ(find("/tmp"), miss());
@@ -292,6 +320,20 @@ TEST_F(FindFile, AtMost1024CharactersOfTheDirectoryAreStored) {
   directory.file("two/gram");
   set_list("two" + std::string(3000, '/'));
   EXPECT_EQ(find("gram"), hit("two" + std::string(1022, '/') + "gram"));
+}
+
+// What is opened is the whole name, also where not all of it can be stored.
+TEST_F(FindFile, DirectoryIsOpenedWithItsWholeName) {
+  directory.file("two/prog");
+  std::string longest;
+  while (longest.size() < PATH_MAX - 1 - strlen("two"))
+    longest += "./";
+  const Answer expected = hit(longest.substr(0, 1024) + "/prog");
+  EXPECT_EQ(find(longest + "two/prog"), expected);
+  set_list(longest + "two");
+  EXPECT_EQ(find("prog"), expected);
+  set_list(longest + "./two:two");
+  EXPECT_EQ(find("prog"), hit("two/prog", ENAMETOOLONG));
 }
 
 // --- Arguments that cannot be converted
