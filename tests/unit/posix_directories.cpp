@@ -145,6 +145,22 @@ TEST_F(Getcwd, OfTheRootIsOneCharacter) {
   EXPECT_EQ(getcwd_into(0), (Cwd{refused(CUT, ERANGE), "", 0}));
 }
 
+#if UINTPTR_MAX > UINT32_MAX
+TEST_F(Getcwd, LowHalfOfTheHiddenLengthCounts) {
+  const WorkingDirectory root("/");
+  const qxport_charlen beyond = qxport_charlen{1} << 32;
+  Character buf(3);
+  int32_t ilen = SENTINEL;
+  EXPECT_EQ(reported_by([&](int32_t *ierror) { pxfgetcwd_(buf.data(), &ilen, ierror, beyond + 3); }),
+            succeeded());
+  EXPECT_EQ(buf.text(), "/  ");
+  EXPECT_EQ(ilen, 1);
+  EXPECT_EQ(reported_by([&](int32_t *ierror) { pxfgetcwd_(buf.data(), &ilen, ierror, beyond - 1); }),
+            refused(CUT, ERANGE));
+  EXPECT_EQ(ilen, 0);
+}
+#endif
+
 // Deeper than any name that a host call takes at once.
 TEST_F(Getcwd, HasNoLimitOfItsOwn) {
   const std::string component(200, 'd');

@@ -337,6 +337,25 @@ TEST_F(HostName, OfPathconfHasItsLengthChecked) {
   EXPECT_EQ(handed_over(routine, "", 0, 0), "pathconf||3|");
 }
 
+#if UINTPTR_MAX > UINT32_MAX
+TEST_F(HostName, LowHalfOfTheHiddenLengthCounts) {
+  constexpr size_t BEYOND = size_t{1} << 32;
+  expect_name("name  and more", 0, BEYOND + 6, "name");
+  expect_name("name", 0, BEYOND - 1, "");
+  const OwnedRecord record("stat");
+  const NameRoutine stat = name_routine("stat", pxfstat_, static_cast<int32_t>(record));
+  EXPECT_EQ(handed_over(stat, "name  and more", 0, BEYOND + 6), "stat|name|");
+  EXPECT_EQ(handed_over(stat, "name", 0, BEYOND - 1), "stat||");
+  const NameRoutine utime = name_routine("utime", pxfutime_, 0);
+  EXPECT_EQ(handed_over(utime, "name and more", 0, BEYOND + 2), "utime|na|now|");
+  EXPECT_EQ(handed_over(utime, "name", 0, BEYOND - 1), "utime||now|");
+  const NameRoutine pathconf = name_routine("pathconf", pxfpathconf_, 3, &result);
+  EXPECT_EQ(handed_over(pathconf, "name", 4, BEYOND + 4), "pathconf|name|3|");
+  EXPECT_EQ(pathconf.make("name", 4, BEYOND + 3), failed_with(EINVAL));
+  EXPECT_EQ(pathconf.make("name", 1, BEYOND - 1), failed_with(EINVAL));
+}
+#endif
+
 using HostResult = HostName;
 
 TEST_F(HostResult, IsStored) {
