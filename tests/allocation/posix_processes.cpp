@@ -199,11 +199,11 @@ protected:
     FAIL() << "the table never fills";
   }
 
-  // What the query of SIGUSR1's action leaves without memory, with a reason that is no usual one.
-  static Outcome query_without_memory(int32_t record) {
-    const int32_t isig = SIGUSR1, none = 0;
+  // What the call for SIGUSR1 leaves without memory, with a reason that is no usual one.
+  static Outcome without_memory(int32_t jsigact, int32_t josigact) {
+    const int32_t isig = SIGUSR1;
     const FailingAllocation failing(1, ERRNO_SENTINEL - 1);
-    return reported_by([&](int32_t *ierror) { pxfsigaction_(&isig, &none, &record, ierror); });
+    return reported_by([&](int32_t *ierror) { pxfsigaction_(&isig, &jsigact, &josigact, ierror); });
   }
 };
 
@@ -216,7 +216,7 @@ TEST_F(OldHandler, NativeOneIs127WithErrnoAsTheHeapLeftIt) {
   OwnedRecord record("sigaction");
   record_as<qxport::SigactionRecord>(record).sa_handler_ = 77;
   fill_table();
-  EXPECT_EQ(query_without_memory(record), refused(NO_SUCH_HANDLE, ERRNO_SENTINEL - 1));
+  EXPECT_EQ(without_memory(0, record), refused(NO_SUCH_HANDLE, ERRNO_SENTINEL - 1));
   EXPECT_EQ(record_as<qxport::SigactionRecord>(record).sa_handler_, 77);
 }
 
@@ -235,8 +235,31 @@ TEST_F(OldHandler, FortranOneIs127WithEnomem) {
   const OwnedRecord record("sigaction");
   record_as<qxport::SigactionRecord>(record).sa_handler_ = 77;
   fill_table();
-  EXPECT_EQ(query_without_memory(record), refused(NO_SUCH_HANDLE, ENOMEM));
+  EXPECT_EQ(without_memory(0, record), refused(NO_SUCH_HANDLE, ENOMEM));
   EXPECT_EQ(record_as<qxport::SigactionRecord>(record).sa_handler_, 77);
+}
+
+// The new action is in force by then, and the old one's flags and mask are stored.
+TEST_F(OldHandler, NewActionStaysInstalled) {
+  init_handle_table();
+  struct sigaction former = {};
+  former.sa_handler = native_handler;
+  former.sa_flags = SA_NODEFER;
+  sigaddset(&former.sa_mask, SIGHUP);
+  ASSERT_EQ(sigaction(SIGUSR1, &former, nullptr), 0);
+  const OwnedRecord action("sigaction"), old("sigaction"), mask("sigset");
+  record_as<qxport::SigactionRecord>(action).sa_handler_ = 1;
+  auto &fields = record_as<qxport::SigactionRecord>(old);
+  fields.sa_handler_ = 77;
+  fields.sa_mask = mask;
+  fill_table();
+  EXPECT_EQ(without_memory(action, old), refused(NO_SUCH_HANDLE, ERRNO_SENTINEL - 1));
+  EXPECT_EQ(fields.sa_handler_, 77);
+  EXPECT_EQ(fields.sa_flags, SA_NODEFER);
+  EXPECT_EQ(record_as<qxport::SigsetRecord>(mask).mask, 1U << (SIGHUP - 1));
+  struct sigaction now;
+  ASSERT_EQ(sigaction(SIGUSR1, nullptr, &now), 0);
+  EXPECT_EQ(now.sa_handler, SIG_IGN);
 }
 
 TEST(Signals, AllElseNeedsNoHeap) {

@@ -301,6 +301,14 @@ TEST_P(Pxfsigprocmask, UnknownFormerSetIs127AndErrnoStays) {
   EXPECT_EQ(blocked(), std::vector<int>{SIGUSR2});
 }
 
+// So errno is set where both are unknown.
+TEST_P(Pxfsigprocmask, NewSetIsCheckedBeforeTheFormer) {
+  const WrongHandles wrong;
+  EXPECT_EQ(call(SIG_SETMASK, wrong.stale, wrong.stale), refused(NO_SUCH_HANDLE));
+  EXPECT_EQ(call(SIG_SETMASK, wrong.action, wrong.stale), refused(EINVAL));
+  EXPECT_EQ(call(-1, set_, wrong.stale), refused_silently(NO_SUCH_HANDLE)) << "the host is asked last";
+}
+
 TEST_P(Pxfsigprocmask, FormerSetOfAnotherKindIs22) {
   block_only({SIGUSR2});
   set_mask(set_, bit(SIGUSR1));

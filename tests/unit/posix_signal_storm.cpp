@@ -13,7 +13,7 @@ namespace {
 class Storm {
 public:
   static constexpr int NUMBERS[] = {SIGUSR1, SIGUSR2, SIGURG, SIGWINCH, SIGIO, SIGPROF, SIGVTALRM, SIGALRM};
-  static constexpr int EACH = 1250;  // of each number to each of the two: 20,000 in all
+  static constexpr int EACH = 12500;  // of each number to each of the two: 200,000 in all
 
   struct Side {
     volatile sig_atomic_t received[33];

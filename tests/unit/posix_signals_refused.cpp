@@ -69,6 +69,17 @@ TEST_F(Refusal, MaskUnknownIs127AndOfAnotherKind22) {
   }
 }
 
+// Of several mistakes the first in this order is reported: the new action, its handler, its mask, the old
+// action.
+TEST_F(Refusal, OrderOfTheChecks) {
+  expect(stale_, other_, refused(NO_SUCH_HANDLE));
+  expect(other_, stale_, refused(EINVAL));
+  const Action no_handler(2, other_), no_mask(b_, stale_), mask_of_another_kind(b_, other_);
+  expect(no_handler, other_, refused(NO_SUCH_HANDLE));
+  expect(no_mask, other_, refused(NO_SUCH_HANDLE));
+  expect(mask_of_another_kind, stale_, refused(EINVAL));
+}
+
 // The set of the old action's record is looked at behind the host's call only: the action stays installed,
 // and of the record only the flags are filled.
 class MaskOfTheOldAction : public Signals {
