@@ -10,7 +10,7 @@ program posix_processes_external
   external :: pxfgetpid, pxfgetppid, pxfgetuid, pxfgeteuid, pxfgetgid, pxfgetegid, pxfsetuid, pxfsetgid, pxfgetgroups
   external :: pxfgetpgrp, pxfsetsid, pxfsetpgid, pxfisatty, pxfsysconf, pxftime, pxflocaltime, pxfgetlogin, pxfctermid
   external :: pxfttyname, pxfgetarg, pxfgetenv, pxfsetenv, pxfclearenv, pxfalarm, pxfsleep, pxfsigprocmask
-  external :: pxfstructcreate, pxfsigaddset, pxfsigpending, pxfsigismember
+  external :: pxfstructcreate, pxfsigaddset, pxfsigpending, pxfsigismember, pxfuname, pxftimes
   character(16) :: arguments(3) = [character(16) :: 'sh', '-c', 'exit $A']
   character(16) :: environment(1) = 'A=6'
   character(64) :: text
@@ -104,6 +104,12 @@ program posix_processes_external
   call check(ierror, 0, 'error of isatty')
   call pxfttyname(-1, text, length, ierror)
   call check(ierror /= 0, 'ttyname')
+  call pxfstructcreate('utsname', set, ierror)
+  call pxfuname(set, ierror)
+  call check(ierror, 0, 'uname')
+  call pxfstructcreate('tms', set, ierror)
+  call pxftimes(set, id, ierror)
+  call check(ierror, 0, 'times')
   call pxfsysconf(-1, id, ierror)
   call check(ierror, einval, 'sysconf')
   call pxftime(id, ierror)

@@ -2,7 +2,8 @@
 ! one unit comes out in one order.
 program posix_units
   use checks
-  use qxport, only: commitqq, flushqq, pxfclose, pxfconst, pxffdopen, pxffileno, pxffflush, pxffgetc
+  use qxport, only: commitqq, flushqq, pxfclose, pxfconst, pxffastexit, pxffdopen, pxffileno, pxffflush, pxffgetc
+  use qxport, only: pxffork, pxfgetc, pxfputc, pxfwaitpid
   use qxport, only: pxffputc, pxffseek, pxfftell, pxflseek, pxfopen, pxfpipe, pxfread, pxfwrite, pxfposixio
   implicit none
   integer, parameter :: ebadf = 9, einval = 22, eend = -1
@@ -10,6 +11,7 @@ program posix_units
 
   call temporary_directory(directory)
   call characters_and_records()
+  call default_units()
   call positions()
   call behind_the_end_of_the_file()
   call flushing()
@@ -91,6 +93,38 @@ contains
     call check(ierror, eend, 'pxffgetc at the end')
     call check(ch, '#', 'the character is left alone at the end')
     close (unit)
+  end subroutine
+
+  ! Units 5 and 6 in a process of its own, since the checks speak on one of them.
+  subroutine default_units()
+    integer :: child, status, ended, ierror, i
+    character :: ch
+    flush (6)
+    call pxffork(child, ierror)
+    if (child == 0) then
+      open (6, file=directory//'/default', status='replace', action='write')
+      call pxfputc('a', ierror)
+      if (ierror /= 0) call pxffastexit(1)
+      write (6, '(a)') 'b'
+      call pxfputc(char(233), ierror)
+      close (6)
+      open (5, file=directory//'/default', status='old', action='read')
+      do i = 1, 4
+        call pxfgetc(ch, ierror)
+        if (ierror /= 0) call pxffastexit(2)
+      end do
+      if (ichar(ch) /= 233) call pxffastexit(3)
+      ch = '#'
+      call pxfgetc(ch, ierror)
+      if (ierror /= eend .or. ch /= '#') call pxffastexit(4)
+      close (5)
+      call pxfgetc(ch, ierror)
+      if (ierror >= -1) call pxffastexit(5)
+      call pxffastexit(0)
+    end if
+    call pxfwaitpid(child, status, 0, ended, ierror)
+    call check(status, 0, 'pxfputc and pxfgetc')
+    call check(contents('default'), 'ab'//achar(10)//char(233), 'what pxfputc wrote')
   end subroutine
 
   subroutine positions()

@@ -2,12 +2,9 @@
 program records
   use, intrinsic :: iso_c_binding, only: c_intptr_t
   use checks, only: check, finish
-  use qxport, only: pxfacharget, pxfadblset, pxfaint8get, pxfaint8set, pxfaintget, pxfaintset, pxfalgclget, &
-                    pxfarealget, pxfastrget, pxfastrset, pxfcharget, pxfcharset, pxfdblget, &
-                    pxfdblset, pxfecharget, pxfedblget, pxfeint8get, pxfeint8set, pxfeintget, pxfeintset, pxfelgclset, &
-                    pxferealget, pxfestrget, pxfestrset, pxfint8get, pxfint8set, pxfintget, &
-                    pxfintset, pxflgclget, pxflgclset, pxfrealget, pxfrealset, pxfstrget, pxfstrset, pxfstructcopy, &
-                    pxfstructcreate, pxfstructfree
+  use qxport, only: pxfaint8get, pxfaint8set, pxfaintget, pxfaintset, pxfeintget, pxfeintset, pxfestrget, &
+    pxfint8get, pxfint8set, pxfintget, pxfintset, pxfstrget, pxfstrset, pxfstructcopy, &
+    pxfstructcreate, pxfstructfree
   implicit none
   integer(4), parameter :: earraylen = 125, enoname = 126, enohandle = 127, etrunc = 129, erange = 34, einval = 22
   logical, parameter :: handles_are_places = storage_size(0_c_intptr_t) == 64
@@ -33,7 +30,6 @@ program records
   call check_members()
   call check_copies()
   call check_refusals()
-  call check_no_components()
   call finish()
 
 contains
@@ -322,65 +318,6 @@ contains
     record = made('sigset')
     call pxfintget(record, 'mask', value, error)
     call check(error, enoname, 'a sigset has no components')
-    call release(record)
-  end subroutine
-
-  subroutine check_no_components()
-    integer(4) :: record, error
-    real(4) :: number = 1.5, numbers(2) = 1.5
-    real(8) :: double = 2.5d0, doubles(2) = 2.5d0
-    logical(4) :: truth = .true., truths(2) = .true.
-    integer(8) :: wide = 3
-    integer(4) :: length = 2, lengths(2) = 4
-    character(4) :: text = 'text', texts(2) = 'text'
-    record = made('stat')
-    call pxfrealget(record, 'st_size', number, error)
-    call check(error, enoname, 'pxfrealget')
-    call pxfrealset(record, 'st_size', number, error)
-    call check(error, enoname, 'pxfrealset')
-    call pxfdblget(record, 'st_size', double, error)
-    call check(error, enoname, 'pxfdblget')
-    call pxfdblset(record, 'st_size', double, error)
-    call check(error, enoname, 'pxfdblset')
-    call pxflgclget(record, 'st_size', truth, error)
-    call check(error, enoname, 'pxflgclget')
-    call pxflgclset(record, 'st_size', truth, error)
-    call check(error, enoname, 'pxflgclset')
-    call pxfcharget(record, 'st_size', text, error)
-    call check(error, enoname, 'pxfcharget')
-    call pxfcharset(record, 'st_size', text, error)
-    call check(error, enoname, 'pxfcharset')
-    call pxfarealget(record, 'st_size', numbers, length, error)
-    call check(error, enoname, 'pxfarealget')
-    call pxfadblset(record, 'st_size', doubles, length, error)
-    call check(error, enoname, 'pxfadblset')
-    call pxfalgclget(record, 'st_size', truths, length, error)
-    call check(error, enoname, 'pxfalgclget')
-    call pxfacharget(record, 'st_size', texts, length, error)
-    call check(error, enoname, 'pxfacharget')
-    call pxferealget(record, 'st_size', 1, number, error)
-    call check(error, enoname, 'pxferealget')
-    call pxfedblget(record, 'st_size', 1, double, error)
-    call check(error, enoname, 'pxfedblget')
-    call pxfelgclset(record, 'st_size', 1, truth, error)
-    call check(error, enoname, 'pxfelgclset')
-    call pxfecharget(record, 'st_size', 1, text, error)
-    call check(error, enoname, 'pxfecharget')
-    call pxfeint8get(record, 'st_size', 1, wide, error)
-    call check(error, enoname, 'pxfeint8get')
-    call pxfeint8set(record, 'st_size', 1, wide, error)
-    call check(error, enoname, 'pxfeint8set')
-    call pxfastrget(record, 'st_size', texts, length, lengths, error)
-    call check(error, enoname, 'pxfastrget')
-    call pxfastrset(record, 'st_size', texts, length, lengths, error)
-    call check(error, enoname, 'pxfastrset')
-    call pxfestrset(record, 'st_size', 1, text, lengths(1), error)
-    call check(error, enoname, 'pxfestrset')
-    call check(all(transfer([number, numbers], [0]) == transfer(1.5, 0)), 'no real(4) is given')
-    call check(all(transfer([double, doubles], [0_8]) == transfer(2.5d0, 0_8)), 'no real(8) is given')
-    call check(truth .and. all(truths) .and. wide == 3, 'no logical and no integer(8) is given')
-    call check(text == 'text' .and. all(texts == 'text'), 'no text is given')
-    call check(length == 2 .and. all(lengths == 4), 'no lengths are given')
     call release(record)
   end subroutine
 

@@ -16,6 +16,7 @@ program search_external
   end type
 
   integer(4), external :: delfilesqq, findfileqq, getfileinfoqq, getfileinfoqqi8
+  integer(8), external :: file_length
   character(40) :: directory
   integer(4) :: clock
 
@@ -78,6 +79,7 @@ contains
     call check(transfer(bytes(5:8), 0) > 0, 'last-write time')
     call check(transfer(bytes(9:12), 0) > 0, 'last-access time')
     call check(transfer(bytes(13:20), 0_8), 5_8, 'length')
+    call check(file_length(bytes(1:279)), 5_8, 'file_length')
     call check(transfer(bytes(21:24), 0), 1, 'read-only')
     name = transfer(bytes(25:279), name)
     call check(name, 'file'//repeat(' ', 251), 'name')
