@@ -70,11 +70,11 @@ TEST_F(Stat, NumbersAreAsWideAsTheRecordsFields) {
   EXPECT_EQ(record_as<StatRecord>(record).st_mtime_, -7);
 }
 
-TEST_F(Stat, OfEtcHostsWithLength3IsStillOfEtcHosts) {
+TEST_F(Stat, OfEtcPasswdWithLength3IsStillOfEtcPasswd) {
   const OwnedRecord record("stat");
   struct stat status;
-  ASSERT_EQ(stat("/etc/hosts", &status), 0);
-  EXPECT_EQ(call_named(pxfstat_, "/etc/hosts", 3, record), succeeded());
+  ASSERT_EQ(stat("/etc/passwd", &status), 0);
+  EXPECT_EQ(call_named(pxfstat_, "/etc/passwd", 3, record), succeeded());
   EXPECT_EQ(record_as<StatRecord>(record).st_ino, static_cast<int64_t>(status.st_ino));
 }
 
