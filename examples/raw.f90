@@ -1,8 +1,8 @@
 ! raw: shows each key as it is pressed, until q or the end of the input; the terminal is as before afterwards,
 ! whichever way the program ends.
 module raw_terminal
-  use qxport, only: CC_MIN, CC_TIME, exit, pxfconst, pxfeintset, pxfgetsubhandle, pxfintget, pxfintset, pxfsigaction
-  use qxport, only: pxfstructcopy, pxfstructcreate, pxftcgetattr, pxftcsetattr, TCSAFLUSH, TCSANOW
+  use qxport, only: CC_MIN, CC_TIME, pxfconst, pxfeintset, pxffastexit, pxfgetsubhandle, pxfintget, pxfintset
+  use qxport, only: pxfsigaction, pxfstructcopy, pxfstructcreate, pxftcgetattr, pxftcsetattr, TCSAFLUSH, TCSANOW
   implicit none
   private
   public :: constant, enter_raw_mode, leave_raw_mode
@@ -52,10 +52,11 @@ contains
     end do
   end subroutine
 
+  ! A handler leaves units alone, which the signal may have come in the middle of.
   subroutine end_by_signal(signal)
     integer(4), intent(in) :: signal
     call leave_raw_mode()
-    call exit(128 + signal)
+    call pxffastexit(128 + signal)
   end subroutine
 
 end module

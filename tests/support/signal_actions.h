@@ -19,6 +19,16 @@ struct Seen {
 inline Seen seen_by_a, seen_by_b, seen_natively;
 inline sigset_t blocked_in_handler;
 
+// The thread sanitizer runs every handler with all signals blocked, whatever the action's mask.
+#ifdef __SANITIZE_THREAD__
+constexpr bool ALL_ARE_BLOCKED = true;
+#else
+constexpr bool ALL_ARE_BLOCKED = false;
+#endif
+inline bool was_blocked(int number) {
+  return sigismember(&blocked_in_handler, number) == 1;
+}
+
 inline void reset_seen() {
   for (Seen *seen : {&seen_by_a, &seen_by_b, &seen_natively}) {
     seen->calls = 0;
