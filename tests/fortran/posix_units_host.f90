@@ -18,9 +18,10 @@ end module
 ! Units on descriptors of every kind, and what the host refuses them: no failure passes for a success or for the end of
 ! the file.
 program posix_units_host
-  use, intrinsic :: iso_c_binding, only: c_char, c_funloc, c_funptr, c_int, c_intptr_t, c_long, c_null_char, c_size_t
+  use, intrinsic :: iso_c_binding, only: c_funloc, c_funptr, c_int, c_intptr_t, c_long
   use checks, only: check, finish
   use ends_of_pipes, only: close_the_end, end_to_close
+  use pseudo_terminals, only: open_pseudo_terminal
   use qxport
   implicit none
   integer(4), parameter :: ebadf = 9, einval = 22, enospc = 28, eend = -1
@@ -30,28 +31,6 @@ program posix_units_host
       import :: c_int
       integer(c_int), value :: domain, type, protocol
       integer(c_int), intent(out) :: sockets(2)
-      integer(c_int) :: answer
-    end function
-    function posix_openpt(flags) bind(C) result(descriptor)
-      import :: c_int
-      integer(c_int), value :: flags
-      integer(c_int) :: descriptor
-    end function
-    function grantpt(descriptor) bind(C) result(answer)
-      import :: c_int
-      integer(c_int), value :: descriptor
-      integer(c_int) :: answer
-    end function
-    function unlockpt(descriptor) bind(C) result(answer)
-      import :: c_int
-      integer(c_int), value :: descriptor
-      integer(c_int) :: answer
-    end function
-    function ptsname_r(descriptor, name, length) bind(C) result(answer)
-      import :: c_char, c_int, c_size_t
-      integer(c_int), value :: descriptor
-      character(kind=c_char), intent(out) :: name(*)
-      integer(c_size_t), value :: length
       integer(c_int) :: answer
     end function
     function limit_of(resource, limit) bind(C, name='getrlimit') result(answer)
@@ -172,17 +151,11 @@ contains
   subroutine terminals()
     integer(c_int) :: master
     integer(4) :: terminal, ierror, count
-    character(kind=c_char) :: letters(300)
-    character(300) :: name
+    character(:), allocatable :: device
     character(40) :: line
     integer :: status
-    master = posix_openpt(constant('O_RDWR'))
-    call check(grantpt(master), 0, 'grantpt')
-    call check(unlockpt(master), 0, 'unlockpt')
-    call check(ptsname_r(master, letters, 300_c_size_t), 0, 'ptsname_r')
-    name = transfer(letters, name)
-    name = name(:index(name, c_null_char) - 1)
-    call pxfopen(name, 0, constant('O_RDWR') + constant('O_NOCTTY'), 0, terminal, ierror)
+    call open_pseudo_terminal(master, device)
+    call pxfopen(device, 0, constant('O_RDWR') + constant('O_NOCTTY'), 0, terminal, ierror)
     call pxffdopen(terminal, 33, 'r+', ierror)
     call check(ierror, 0, 'a unit on a terminal')
     call pxfwrite(master, 'typed' // new_line('a'), 6, count, ierror)

@@ -1,37 +1,18 @@
 ! FSTAT, ISATTY and TTYNAM on units that the program opened.
 program units
-  use, intrinsic :: iso_c_binding, only: c_char, c_f_pointer, c_int, c_null_char, c_ptr
+  use, intrinsic :: iso_c_binding, only: c_int
   use, intrinsic :: iso_fortran_env, only: error_unit, input_unit, output_unit
   use checks, only: check, finish
+  use pseudo_terminals, only: open_pseudo_terminal
   use qxport
   implicit none
-  integer(4), parameter :: ebadf = 9, einval = 22, enotty = 25, erange = 34, o_rdwr = 2
+  integer(4), parameter :: ebadf = 9, einval = 22, enotty = 25, erange = 34
 
   interface
     function host_isatty(descriptor) bind(C, name='isatty') result(answer)
       import :: c_int
       integer(c_int), value :: descriptor
       integer(c_int) :: answer
-    end function
-    function posix_openpt(flags) bind(C) result(descriptor)
-      import :: c_int
-      integer(c_int), value :: flags
-      integer(c_int) :: descriptor
-    end function
-    function grantpt(descriptor) bind(C) result(answer)
-      import :: c_int
-      integer(c_int), value :: descriptor
-      integer(c_int) :: answer
-    end function
-    function unlockpt(descriptor) bind(C) result(answer)
-      import :: c_int
-      integer(c_int), value :: descriptor
-      integer(c_int) :: answer
-    end function
-    function ptsname(descriptor) bind(C) result(name)
-      import :: c_int, c_ptr
-      integer(c_int), value :: descriptor
-      type(c_ptr) :: name
     end function
   end interface
 
@@ -253,27 +234,17 @@ contains
   ! The master's side stays open to the end: closing it would hang up what the program runs on.
   subroutine check_terminal()
     integer(c_int) :: master
-    character(kind=c_char), pointer :: device(:)
     character(300) :: name
     character(:), allocatable :: expected
     logical :: terminal
-    integer :: unit, length
-    master = posix_openpt(o_rdwr)
-    call check(grantpt(master), 0, 'grantpt')
-    call check(unlockpt(master), 0, 'unlockpt')
-    call c_f_pointer(ptsname(master), device, [100])
-    length = 0
-    do while (device(length + 1) /= c_null_char)
-      length = length + 1
-    end do
-    allocate (character(length) :: expected)
-    expected = transfer(device(1:length), expected)
+    integer :: unit
+    call open_pseudo_terminal(master, expected)
     open (newunit=unit, file=expected, action='readwrite')
     terminal = isatty(unit)
     call check(terminal, 'isatty of a terminal')
     call check_kind(unit, MODE_CHARACTER_DEVICE, 'a terminal')
     call ttynam(name, unit)
-    call check(name, expected // repeat(' ', 300 - length), 'ttynam of a terminal')
+    call check(name, expected // repeat(' ', 300 - len(expected)), 'ttynam of a terminal')
     call ttynam(name(1:4), unit)
     call check(name(1:4), expected(1:4), 'ttynam is cut')
     call check(getlasterror(), einval, 'errno of a name that was cut')

@@ -3,6 +3,7 @@
 #ifndef TESTS_SUPPORT_POSIX_CALLS_H
 #define TESTS_SUPPORT_POSIX_CALLS_H
 
+#include "in_child.h"
 #include "record_calls.h"
 
 #include <cstdio>
@@ -129,22 +130,6 @@ void expect_handle_checked(const std::string &kind, CallWithHandle call_with) {
 inline std::ptrdiff_t open_descriptors() {
   const std::filesystem::directory_iterator descriptors("/proc/self/fd");
   return std::distance(begin(descriptors), end(descriptors));
-}
-
-// Runs the check in a child process; its failures are the test's.
-template <typename Check>
-void in_child(Check check) {
-  fflush(nullptr);
-  const pid_t child = fork();
-  ASSERT_NE(child, -1);
-  if (child == 0) {
-    check();
-    fflush(nullptr);
-    _exit(testing::Test::HasFailure() ? 1 : 0);
-  }
-  int status;
-  ASSERT_EQ(waitpid(child, &status, 0), child);
-  EXPECT_EQ(status, 0) << "failed in the child";
 }
 
 #endif

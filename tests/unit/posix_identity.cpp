@@ -1,5 +1,6 @@
 // Who and where a process is: ids, groups, sessions, the names of login and terminals.
 #include "captured_child.h"
+#include "in_child.h"
 #include "ordinary_user.h"
 #include "outcome.h"
 #include "record_calls.h"
@@ -36,22 +37,6 @@ int32_t answer_of(Query query) {
 
 Outcome call_with_id(void (*routine)(const int32_t *, int32_t *), int32_t id) {
   return reported_by([&](int32_t *ierror) { routine(&id, ierror); });
-}
-
-// Runs the check in a child; its failures are the test's.
-template <typename Check>
-void in_child(Check check) {
-  fflush(nullptr);
-  const pid_t child = fork();
-  ASSERT_NE(child, -1);
-  if (child == 0) {
-    check();
-    fflush(nullptr);
-    _exit(testing::Test::HasFailure() ? 1 : 0);
-  }
-  int status;
-  ASSERT_EQ(waitpid(child, &status, 0), child);
-  EXPECT_EQ(status, 0);
 }
 
 void expect_ids_of_the_host() {

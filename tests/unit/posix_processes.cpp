@@ -3,6 +3,7 @@
 #include "ordinary_user.h"
 #include "outcome.h"
 #include "record_calls.h"
+#include "waited.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -11,29 +12,6 @@
 #include <unistd.h>
 
 namespace {
-
-struct Waited {
-  int32_t istat, iretpid;
-  Outcome outcome;
-  bool operator==(const Waited &) const = default;
-};
-
-std::ostream &operator<<(std::ostream &out, const Waited &waited) {
-  return out << "istat " << waited.istat << ", iretpid " << waited.iretpid << ", " << waited.outcome;
-}
-
-Waited wait_for_any() {
-  Guarded<int32_t> istat(SENTINEL), iretpid(SENTINEL);
-  const Outcome outcome = reported_by([&](int32_t *ierror) { pxfwait_(&istat, &iretpid, ierror); });
-  return {istat, iretpid, outcome};
-}
-
-Waited wait_for(int32_t ipid, int32_t ioptions) {
-  Guarded<int32_t> istat(SENTINEL), iretpid(SENTINEL);
-  const Outcome outcome =
-      reported_by([&](int32_t *ierror) { pxfwaitpid_(&ipid, &istat, &ioptions, &iretpid, ierror); });
-  return {istat, iretpid, outcome};
-}
 
 Waited answered(int32_t istat, int32_t child) {
   return {istat, child, succeeded()};

@@ -1,6 +1,7 @@
 // Signals that a Fortran procedure catches while a routine waits: what ends the wait, and what each one
 // leaves.
 #include "signal_actions.h"
+#include "waited.h"
 
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -42,29 +43,6 @@ protected:
 
   const pid_t child_ = sleeper();
 };
-
-struct Waited {
-  int32_t istat, iretpid;
-  Outcome outcome;
-  bool operator==(const Waited &) const = default;
-};
-
-std::ostream &operator<<(std::ostream &out, const Waited &waited) {
-  return out << "istat " << waited.istat << ", iretpid " << waited.iretpid << ", " << waited.outcome;
-}
-
-Waited wait_for_any() {
-  Guarded<int32_t> istat(SENTINEL), iretpid(SENTINEL);
-  const Outcome outcome = reported_by([&](int32_t *ierror) { pxfwait_(&istat, &iretpid, ierror); });
-  return {istat, iretpid, outcome};
-}
-
-Waited wait_for(int32_t ipid, int32_t ioptions = 0) {
-  Guarded<int32_t> istat(SENTINEL), iretpid(SENTINEL);
-  const Outcome outcome =
-      reported_by([&](int32_t *ierror) { pxfwaitpid_(&ipid, &istat, &ioptions, &iretpid, ierror); });
-  return {istat, iretpid, outcome};
-}
 
 const Waited INTERRUPTED = {SENTINEL, -1, refused(EINTR, EINTR)};
 
