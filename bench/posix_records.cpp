@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <numeric>
 #include <random>
 #include <string>
 #include <strings.h>
@@ -227,13 +228,22 @@ void replace_any(benchmark::State &state, int live) {
   release_all<Maker>(things);
 }
 
-// So many are made, and freed in no order.
-template <typename Maker>
+enum class Order { AsMade, Reverse, Random };
+
+std::vector<int> places(int count, Order order) {
+  std::vector<int> all(static_cast<size_t>(count));
+  std::iota(all.begin(), all.end(), 0);
+  if (order == Order::Reverse)
+    std::reverse(all.begin(), all.end());
+  if (order == Order::Random)
+    std::shuffle(all.begin(), all.end(), std::minstd_rand(1));
+  return all;
+}
+
+// So many are made, and freed in an order.
+template <typename Maker, Order ORDER>
 void make_and_free_all(benchmark::State &state, int count) {
-  std::vector<int> order(static_cast<size_t>(count));
-  for (int i = 0; i < count; ++i)
-    order[static_cast<size_t>(i)] = i;
-  std::shuffle(order.begin(), order.end(), std::minstd_rand(1));
+  const std::vector<int> order = places(count, ORDER);
   std::vector<typename Maker::Thing> things(static_cast<size_t>(count));
   for (auto _ : state) {
     for (typename Maker::Thing &thing : things)
@@ -261,10 +271,19 @@ void register_all(const std::string &what, Benchmark ours, Benchmark by_hand,
 int main(int argc, char **argv) {
   register_all("create and free", make_one_more<Ours>, make_one_more<ByHand>, {10, 1000, 100'000, 1'000'000});
   register_all("free any and create", replace_any<Ours>, replace_any<ByHand>, {10, 1000, 100'000});
-  register_all("create and free all", make_and_free_all<Ours>, make_and_free_all<ByHand>,
-               {10, 1000, 100'000});
+  register_all("all, as made", make_and_free_all<Ours, Order::AsMade>,
+               make_and_free_all<ByHand, Order::AsMade>, {10, 1000, 100'000});
+  register_all("all, reverse", make_and_free_all<Ours, Order::Reverse>,
+               make_and_free_all<ByHand, Order::Reverse>, {1000, 100'000});
+  register_all("all, random", make_and_free_all<Ours, Order::Random>,
+               make_and_free_all<ByHand, Order::Random>, {1000, 100'000});
   benchmark::RegisterBenchmark("create and free, 100000/1000 alive", make_one_more<Ours>, 1000);
-  benchmark::RegisterBenchmark("create and free all, 100000/1000 of them", make_and_free_all<Ours>, 1000);
+  benchmark::RegisterBenchmark("all, as made, 100000/1000 of them", make_and_free_all<Ours, Order::AsMade>,
+                               1000);
+  benchmark::RegisterBenchmark("all, reverse, 100000/1000 of them", make_and_free_all<Ours, Order::Reverse>,
+                               1000);
+  benchmark::RegisterBenchmark("all, random, 100000/1000 of them", make_and_free_all<Ours, Order::Random>,
+                               1000);
   return bench::run(argc, argv,
                     {{"pxfconst", "", 30},
                      {"pxfconst", "strcasecmp"},
@@ -281,8 +300,14 @@ int main(int argc, char **argv) {
                      {"free any and create, 10", "calloc, free", bench::NO_LIMIT, 60},
                      {"free any and create, 1000", "calloc, free", bench::NO_LIMIT, 60},
                      {"free any and create, 100000", "calloc, free", bench::NO_LIMIT, 60},
-                     {"create and free all, 10", "calloc, free", bench::NO_LIMIT, 60},
-                     {"create and free all, 1000", "calloc, free", bench::NO_LIMIT, 60},
-                     {"create and free all, 100000", "calloc, free", bench::NO_LIMIT, 60},
-                     {"create and free all, 100000", "1000 of them", 2.5}});
+                     {"all, as made, 10", "calloc, free", bench::NO_LIMIT, 60},
+                     {"all, as made, 1000", "calloc, free", bench::NO_LIMIT, 60},
+                     {"all, as made, 100000", "calloc, free", bench::NO_LIMIT, 60},
+                     {"all, as made, 100000", "1000 of them", 2.5},
+                     {"all, reverse, 1000", "calloc, free", bench::NO_LIMIT, 60},
+                     {"all, reverse, 100000", "calloc, free", bench::NO_LIMIT, 60},
+                     {"all, reverse, 100000", "1000 of them", 2.5},
+                     {"all, random, 1000", "calloc, free", bench::NO_LIMIT, 60},
+                     {"all, random, 100000", "calloc, free", bench::NO_LIMIT, 60},
+                     {"all, random, 100000", "1000 of them", 2.5}});
 }
