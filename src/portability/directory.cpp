@@ -53,11 +53,12 @@ int32_t getcwd_(char *dirname, charlen dirname_len) {
   const ShortBuffer<PATH_MAX> buffer(length + 1);
   if (buffer.get() == nullptr)
     return set_and_record_local(ENOMEM);
-  blank_fill(dirname, dirname_len);
   const char *found = getcwd(buffer.get(), length + 1);
-  if (found == nullptr)
+  if (found == nullptr) {
+    blank_fill(dirname, dirname_len);
     return record_local(errno);
-  memcpy(dirname, found, std::min(strlen(found), length));
+  }
+  store_padded(dirname, dirname_len, found, strlen(found));
   return 0;
 }
 

@@ -292,12 +292,12 @@ test_depth() {
   while ((${#path} < 4093 - 201)); do path+=/$name; done
   path+=/$(printf 'e%.0s' $(seq $((4093 - ${#path} - 1))))
   mkdir -p "$path"
-  (cd "$path" && mkdir x && echo content >f && echo content >fg && echo content >x/file) 2>/dev/null
+  (cd "$path" && mkdir x && echo content >f && echo content >ff && echo content >x/file) 2>/dev/null
   same 'length of the path two before the limit' 4093 ${#path}
   reports "$work/limit"
   same 'files up to the limit' 1 "$(value files)"
   same 'directories up to the limit' "$(found "$work/limit" -type d)" "$(value directories)"
-  same 'what is behind the limit' "$(printf '  "%s": the name is too long\n' "${path#"$work/limit/"}"/{fg,x/file})" \
+  same 'what is behind the limit' "$(printf '  "%s": the name is too long\n' "${path#"$work/limit/"}"/{ff,x/file})" \
     "$(section 'Not examined' | sort)"
 }
 
