@@ -138,6 +138,8 @@ contains
     call pxfexecvp(vector(1), lengths(1), vector, lengths, size(arguments), error)
     status = not_executable
     if (any(error == [constant('ENOENT'), constant('ENOTDIR')])) status = not_found
+    ! A search in PATH ends so too where a directory on the way may not be searched.
+    if (error == constant('EACCES') .and. index(arguments(1)%text, '/') == 0) status = not_found
     if (status == not_found) then
       call complain(arguments(1)%text//': not found')
     else

@@ -100,6 +100,15 @@ shell 2 -c 'exit many'
 complains 'exit: many'
 shell 127 -c 'cd .; no-such-command'
 complains 'no-such-command: not found'
+# A directory of PATH that may not be searched, for a user whom permissions bind.
+ordinary=()
+((EUID != 0)) || ordinary=(setpriv --inh-caps=-all --bounding-set=-all --)
+mkdir "$place/closed"
+chmod 000 "$place/closed"
+PATH=$place/closed:$PATH timeout 60 "${ordinary[@]}" "$fsh" -c 'no-such-command' 2>"$place/errors" && got=0 || got=$?
+((got == 127)) || fail "a command that is nowhere ends with $got behind a closed directory"
+complains 'no-such-command: not found'
+chmod 700 "$place/closed"
 shell 126 -c ./a-directory
 complains './a-directory: Permission denied'
 shell 143 -c "sh -c 'kill -TERM \$\$'"
