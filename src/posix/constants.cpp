@@ -1,7 +1,7 @@
 // PXFCONST, IPXFCONST, PXFISCONST: the host's constants by name.
 #include "posix/component.h"
-#include "posix/file_name.h"
 #include "posix/records.h"
+#include "posix/text_length.h"
 
 #include "frame/fortran.h"
 
@@ -50,7 +50,7 @@ consteval std::array<uint16_t, PLACES> make_index() {
 constexpr std::array<uint16_t, PLACES> INDEX = make_index();
 
 const Constant *find_constant(const char *constname, charlen length) {
-  const FoldedName wanted(constname, static_cast<size_t>(narrow_length(length)));
+  const FoldedName wanted(constname, length_of(narrow_length(length)));
   for (size_t place = place_of(wanted); INDEX[place] != 0; place = (place + 1) % PLACES) {
     const Constant &constant = name_val_table[INDEX[place] - 1];
     if (constant.name == wanted)

@@ -1,5 +1,6 @@
 // The command line and the environment.
 #include "core/contract.h"
+#include "posix/file_name.h"
 #include "posix/returned_text.h"
 
 #include <cstdlib>

@@ -1,6 +1,6 @@
 // PXFSTRGET, PXFSTRSET, PXFESTRGET: CHARACTER components.
 #include "posix/fields.h"
-#include "posix/file_name.h"
+#include "posix/text_length.h"
 
 #include <cstdlib>
 

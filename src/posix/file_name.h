@@ -2,7 +2,7 @@
 #ifndef QXPORT_POSIX_FILE_NAME_H
 #define QXPORT_POSIX_FILE_NAME_H
 
-#include "frame/fortran.h"
+#include "posix/text_length.h"
 
 #include <cerrno>
 
@@ -16,16 +16,6 @@ inline bool is_space(char c) {
 // The length of a text without its trailing white space, never less than one character of a text that has
 // one.
 int32_t length_without_space(const char *text, int32_t length);
-
-// The binding reads the low 32 bits of a hidden length, signed.
-inline int32_t narrow_length(charlen length) {
-  return std::max(static_cast<int32_t>(length), 0);
-}
-
-// Is a length that comes beside a text longer than the text? A negative one counts as huge.
-inline bool exceeds(int32_t length, charlen hidden_length) {
-  return length < 0 || static_cast<size_t>(length) > length_of(hidden_length);
-}
 
 // The rule of a text with a length beside it: exactly that many characters, or with a length of 0 all without
 // trailing white space, but at least one.

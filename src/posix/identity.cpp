@@ -1,4 +1,5 @@
 // Who and where the process is: ids, groups, sessions, login and terminal names.
+#include "posix/file_name.h"
 #include "posix/returned_text.h"
 
 #include <cstdio>

@@ -2,7 +2,7 @@
 #include "posix/records.h"
 
 #include "frame/fortran.h"
-#include "posix/file_name.h"
+#include "posix/text_length.h"
 
 #include <cstdlib>
 
@@ -11,7 +11,7 @@ using namespace qxport;
 namespace {
 
 const RecordKind *kind_named(const char *name, charlen length) {
-  const FoldedName wanted(name, static_cast<size_t>(narrow_length(length)));
+  const FoldedName wanted(name, length_of(narrow_length(length)));
   for (const RecordKind &kind : RECORD_KINDS)
     if (kind.name == wanted)
       return &kind;

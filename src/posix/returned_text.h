@@ -2,8 +2,8 @@
 #ifndef QXPORT_POSIX_RETURNED_TEXT_H
 #define QXPORT_POSIX_RETURNED_TEXT_H
 
-#include "posix/file_name.h"
 #include "posix/records.h"
+#include "posix/text_length.h"
 
 namespace qxport {
 

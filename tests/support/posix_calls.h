@@ -132,4 +132,12 @@ inline std::ptrdiff_t open_descriptors() {
   return std::distance(begin(descriptors), end(descriptors));
 }
 
+// A directory of its own, with a file of ten digits in it.
+class DataFile : public testing::Test {
+protected:
+  const TemporaryDirectory directory_;
+  const std::string data_ = directory_.file("data.txt", "0123456789");
+  const WorkingDirectory working_{directory_.path()};
+};
+
 #endif

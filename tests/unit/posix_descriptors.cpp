@@ -24,19 +24,13 @@ mode_t mode_of(int fd) {
   return status.st_mode;
 }
 
-class Descriptors : public testing::Test {
-protected:
-  const TemporaryDirectory directory_;
-  const std::string data_ = directory_.file("data.txt", "0123456789");
-  const WorkingDirectory working_{directory_.path()};
-};
-
-using Open = Descriptors;
-using Creat = Descriptors;
-using Close = Descriptors;
-using Dup = Descriptors;
-using Lseek = Descriptors;
-using Pipe = Descriptors;
+using Descriptors = DataFile;
+using Open = DataFile;
+using Creat = DataFile;
+using Close = DataFile;
+using Dup = DataFile;
+using Lseek = DataFile;
+using Pipe = DataFile;
 
 TEST_F(Open, WithLength0LosesBlanksWithLength4IsExact) {
   directory_.file("data", "short");

@@ -10,15 +10,8 @@
 
 namespace {
 
-class Transfer : public testing::Test {
-protected:
-  const TemporaryDirectory directory_;
-  const std::string data_ = directory_.file("data.txt", "0123456789");
-  const WorkingDirectory working_{directory_.path()};
-};
-
-using Read = Transfer;
-using Write = Transfer;
+using Read = DataFile;
+using Write = DataFile;
 
 TEST_F(Read, StopsAtTheEnd) {
   const int fd = open("data.txt", O_RDONLY);

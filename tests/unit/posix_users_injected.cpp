@@ -78,6 +78,20 @@ private:
   std::vector<char *> addresses_;
 };
 
+// A lookup that finds nobody reports what the host left in errno, and leaves the record.
+template <typename LookUp>
+void expect_not_found(const OwnedRecord &record, LookUp look_up) {
+  const Contents before = contents_of(record);
+  for (const int error : {EINTR, EIO, EMFILE, ENFILE, ENOMEM, ERANGE, ENOENT, 4095}) {
+    host_error = error;
+    EXPECT_EQ(look_up(), failed_with(error));
+  }
+  // The host left errno alone: whatever it held before is reported.
+  host_error = 0;
+  EXPECT_EQ(look_up(), refused(ERRNO_SENTINEL, ERRNO_SENTINEL));
+  EXPECT_EQ(contents_of(record), before);
+}
+
 // Both ways to look up, each with every test.
 class Groups : public UsersBase, public testing::TestWithParam<bool> {
 protected:
@@ -191,15 +205,7 @@ TEST_P(Groups, NameIsReadBackWithItsLength) {
 TEST_P(Groups, NotFoundReportErrnoAndLeaveTheRecord) {
   const OwnedRecord record("group");
   fill_record(record);
-  const Contents before = contents_of(record);
-  for (const int error : {EINTR, EIO, EMFILE, ENFILE, ENOMEM, ERANGE, ENOENT, 4095}) {
-    host_error = error;
-    EXPECT_EQ(look_up(record), failed_with(error));
-  }
-  // The lookup left errno alone: whatever it held before is reported.
-  host_error = 0;
-  EXPECT_EQ(look_up(record), refused(ERRNO_SENTINEL, ERRNO_SENTINEL));
-  EXPECT_EQ(contents_of(record), before);
+  expect_not_found(record, [&] { return look_up(record); });
 }
 
 TEST_P(Groups, NotFoundWithErrno0Is0) {
@@ -282,14 +288,7 @@ TEST_P(Users, SecondLookupReplacesTheFirst) {
 TEST_P(Users, NotFoundReportErrnoAndLeaveTheRecord) {
   const OwnedRecord record("passwd");
   fill_record(record);
-  const Contents before = contents_of(record);
-  for (const int error : {EINTR, EIO, EMFILE, ENFILE, ENOMEM, ERANGE, ENOENT, 4095}) {
-    host_error = error;
-    EXPECT_EQ(look_up(record), failed_with(error));
-  }
-  host_error = 0;
-  EXPECT_EQ(look_up(record), refused(ERRNO_SENTINEL, ERRNO_SENTINEL));
-  EXPECT_EQ(contents_of(record), before);
+  expect_not_found(record, [&] { return look_up(record); });
 }
 
 TEST_P(Users, WrongHandleMakesNoLookup) {

@@ -1,0 +1,21 @@
+// How the binding reads the lengths of texts.
+#ifndef QXPORT_POSIX_TEXT_LENGTH_H
+#define QXPORT_POSIX_TEXT_LENGTH_H
+
+#include "frame/fortran.h"
+
+namespace qxport {
+
+// The binding reads the low 32 bits of a hidden length, signed.
+inline int32_t narrow_length(charlen length) {
+  return std::max(static_cast<int32_t>(length), 0);
+}
+
+// Is a length that comes beside a text longer than the text? A negative one counts as huge.
+inline bool exceeds(int32_t length, charlen hidden_length) {
+  return length < 0 || static_cast<size_t>(length) > length_of(hidden_length);
+}
+
+}  // namespace qxport
+
+#endif
