@@ -3,8 +3,8 @@
 #include "callers.h"
 #include "files.h"
 #include "frame/strings.h"
-#include "posix/handles.h"
 #include "ratios.h"
+#include "records/handles.h"
 
 #include <cstdlib>
 #include <cstring>

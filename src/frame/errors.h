@@ -2,7 +2,7 @@
 #ifndef QXPORT_FRAME_ERRORS_H
 #define QXPORT_FRAME_ERRORS_H
 
-#include "core/contract.h"
+#include "contract/services.h"
 
 #include <qxport/qxport.h>
 

@@ -1,5 +1,5 @@
 // The STAT family: a file's status as an array of 13 integers.
-#include "core/contract.h"
+#include "contract/services.h"
 #include "frame/errors.h"
 #include "frame/strings.h"
 

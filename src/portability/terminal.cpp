@@ -1,5 +1,5 @@
 // ISATTY and TTYNAM: is a Fortran unit connected to a terminal, and to which.
-#include "core/contract.h"
+#include "contract/services.h"
 #include "frame/errors.h"
 #include "frame/strings.h"
 

@@ -10,13 +10,6 @@ using namespace qxport;
 
 namespace {
 
-// Stores the low 32 bits of a host call's result and judges by what is stored.
-template <typename Result>
-void deliver(Result result, int32_t *value, int32_t *ierror) {
-  *value = static_cast<int32_t>(result);
-  report(*value, ierror);
-}
-
 // Where a size is as narrow as NBYTE, a negative one would be taken for half of memory; a wider host refuses
 // it itself.
 template <typename Call>

@@ -1,6 +1,6 @@
 // Directories: made, removed, changed to, and read.
 #include "posix/file_name.h"
-#include "posix/records.h"
+#include "records/records.h"
 
 #include <cstdlib>
 #include <dirent.h>

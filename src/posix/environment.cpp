@@ -1,5 +1,5 @@
 // The command line and the environment.
-#include "core/contract.h"
+#include "contract/services.h"
 #include "posix/file_name.h"
 #include "posix/returned_text.h"
 

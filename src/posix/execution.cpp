@@ -1,6 +1,6 @@
 // PXFEXECV, PXFEXECVE, PXFEXECVP: another program in this process. They return only for a failure.
 #include "posix/file_name.h"
-#include "posix/records.h"
+#include "records/records.h"
 
 #include <cstdlib>
 #include <unistd.h>

@@ -2,9 +2,8 @@
 #ifndef QXPORT_POSIX_FILE_NAME_H
 #define QXPORT_POSIX_FILE_NAME_H
 
-#include "posix/text_length.h"
-
-#include <cerrno>
+#include "records/outcome.h"
+#include "records/text_length.h"
 
 namespace qxport {
 
@@ -49,11 +48,6 @@ private:
 
   char *name_;
 };
-
-// The outcome of a host call that answers -1 for a failure.
-inline void report(int result, int32_t *ierror) {
-  *ierror = result == -1 ? errno : 0;
-}
 
 // Converts a name by the rule, makes the call with it, and reports.
 template <typename Call>

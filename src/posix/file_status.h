@@ -2,7 +2,7 @@
 #ifndef QXPORT_POSIX_FILE_STATUS_H
 #define QXPORT_POSIX_FILE_STATUS_H
 
-#include "posix/records.h"
+#include "records/records.h"
 
 #include <sys/stat.h>
 

@@ -14,11 +14,6 @@ void deliver_id(uint32_t value, int32_t *id, int32_t *ierror) {
   *ierror = 0;
 }
 
-void deliver_result(int result, int32_t *value, int32_t *ierror) {
-  *value = result;
-  report(result, ierror);
-}
-
 }  // namespace
 
 // CALL PXFGETPID(IPID, IERROR), and its kin: these cannot fail.
@@ -54,17 +49,17 @@ void pxfsetgid_(const int32_t *igid, int32_t *ierror) {
 // CALL PXFGETGROUPS(IGIDSETSIZE, IGROUPLIST, NGROUPS, IERROR)
 void pxfgetgroups_(const int32_t *igidsetsize, int32_t *igrouplist, int32_t *ngroups, int32_t *ierror) {
   static_assert(sizeof(gid_t) == sizeof(int32_t));
-  deliver_result(getgroups(*igidsetsize, reinterpret_cast<gid_t *>(igrouplist)), ngroups, ierror);
+  deliver(getgroups(*igidsetsize, reinterpret_cast<gid_t *>(igrouplist)), ngroups, ierror);
 }
 
 // CALL PXFGETPGRP(IPGRP, IERROR)
 void pxfgetpgrp_(int32_t *ipgrp, int32_t *ierror) {
-  deliver_result(getpgrp(), ipgrp, ierror);
+  deliver(getpgrp(), ipgrp, ierror);
 }
 
 // CALL PXFSETSID(ISID, IERROR)
 void pxfsetsid_(int32_t *isid, int32_t *ierror) {
-  deliver_result(setsid(), isid, ierror);
+  deliver(setsid(), isid, ierror);
 }
 
 // CALL PXFSETPGID(IPID, IPGID, IERROR)

@@ -1,5 +1,5 @@
 // Processes: made, waited for, ended; what a wait status says.
-#include "core/contract.h"
+#include "contract/services.h"
 #include "posix/file_name.h"
 
 #include <sys/wait.h>

@@ -2,8 +2,8 @@
 #ifndef QXPORT_POSIX_RETURNED_TEXT_H
 #define QXPORT_POSIX_RETURNED_TEXT_H
 
-#include "posix/records.h"
-#include "posix/text_length.h"
+#include "records/records.h"
+#include "records/text_length.h"
 
 namespace qxport {
 

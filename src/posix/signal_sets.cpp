@@ -2,7 +2,7 @@
 #include "posix/signal_sets.h"
 
 #include "posix/file_name.h"
-#include "posix/records.h"
+#include "records/records.h"
 
 using namespace qxport;
 

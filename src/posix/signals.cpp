@@ -2,8 +2,8 @@
 #include "posix/signals.h"
 
 #include "posix/file_name.h"
-#include "posix/records.h"
 #include "posix/signal_sets.h"
+#include "records/records.h"
 
 #include <unistd.h>
 

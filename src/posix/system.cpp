@@ -1,6 +1,6 @@
 // Time, process times, and what the system is called and allows.
 #include "posix/file_name.h"
-#include "posix/records.h"
+#include "records/records.h"
 
 #include <ctime>
 #include <sys/times.h>

@@ -1,6 +1,6 @@
 // Terminal attributes, speeds, line control and foreground process groups.
 #include "posix/file_name.h"
-#include "posix/records.h"
+#include "records/records.h"
 
 #include <termios.h>
 #include <unistd.h>

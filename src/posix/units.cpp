@@ -1,7 +1,7 @@
 // The bridge between Fortran units and descriptors, and single characters on units.
-#include "core/contract.h"
+#include "contract/services.h"
 #include "frame/fortran.h"
-#include "posix/records.h"
+#include "records/records.h"
 
 using namespace qxport;
 
@@ -9,7 +9,6 @@ namespace {
 
 constexpr int32_t STDIN_UNIT = 5;
 constexpr int32_t STDOUT_UNIT = 6;
-constexpr int32_t EEND = -1;
 
 void read_character(int32_t unit, char *ch, int32_t *ierror) {
   const int32_t answer = __msportlib_d_readchar(unit);

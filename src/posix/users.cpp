@@ -1,7 +1,7 @@
 // The group and user databases, read into records that own their strings. A successful lookup leaves IERROR
 // as the caller set it: a program tests it only after setting it to 0.
 #include "posix/file_name.h"
-#include "posix/records.h"
+#include "records/records.h"
 
 #include <cstdlib>
 #include <grp.h>

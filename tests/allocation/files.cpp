@@ -1,7 +1,7 @@
 // The file, process and environment routines with each of their allocations failing, and what they keep.
 #include "failing_allocations.h"
 
-#include "core/contract.h"
+#include "contract/services.h"
 #include "environment.h"
 #include "kept_on_purpose.h"
 #include "outcome.h"

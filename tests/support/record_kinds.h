@@ -3,7 +3,7 @@
 #ifndef TESTS_SUPPORT_RECORD_KINDS_H
 #define TESTS_SUPPORT_RECORD_KINDS_H
 
-#include "posix/handles.h"
+#include "records/handles.h"
 
 #include <qxport_records.h>
 

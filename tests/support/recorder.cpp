@@ -1,6 +1,6 @@
 #include "recorder.h"
 
-#include "core/contract.h"
+#include "contract/services.h"
 
 #include <fcntl.h>
 #include <filesystem>

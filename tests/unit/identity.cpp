@@ -1,5 +1,5 @@
 // The library's identity, and the way to the run-time's.
-#include "core/contract.h"
+#include "contract/services.h"
 
 #include "recorder.h"
 

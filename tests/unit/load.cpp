@@ -1,8 +1,8 @@
 // What runs when a program that holds the library starts and ends: the handle tables are prepared and given
 // back, nothing else.
 #include "captured_child.h"
-#include "posix/handles.h"
 #include "recorder.h"
+#include "records/handles.h"
 
 #include <algorithm>
 #include <csignal>

@@ -2,7 +2,7 @@
 // else. Where the host lets the test mount none, a device that is always full.
 #include "posix_calls.h"
 
-#include "core/contract.h"
+#include "contract/services.h"
 
 #include <fcntl.h>
 #include <sched.h>

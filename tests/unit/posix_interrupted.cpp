@@ -3,7 +3,7 @@
 #include "interruptions.h"
 #include "posix_calls.h"
 
-#include "core/contract.h"
+#include "contract/services.h"
 
 #include <cstdlib>
 #include <fcntl.h>

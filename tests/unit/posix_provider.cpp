@@ -1,7 +1,7 @@
 // The provider without a Fortran run-time: its units are descriptors.
 #include "recorder.h"
 
-#include "core/contract.h"
+#include "contract/services.h"
 
 #include <climits>
 #include <fcntl.h>

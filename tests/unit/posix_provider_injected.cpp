@@ -1,7 +1,7 @@
 // What the provider without a Fortran run-time answers for every error number of a read and a write.
 #include "recorder.h"
 
-#include "core/contract.h"
+#include "contract/services.h"
 
 #include <fcntl.h>
 #include <unistd.h>

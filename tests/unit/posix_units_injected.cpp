@@ -2,7 +2,7 @@
 // reported.
 #include "recorder.h"
 
-#include "core/contract.h"
+#include "contract/services.h"
 
 namespace {
 

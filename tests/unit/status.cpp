@@ -1,5 +1,5 @@
 // The STAT family on real files and units.
-#include "core/contract.h"
+#include "contract/services.h"
 #include "ordinary_user.h"
 #include "outcome.h"
 #include "paths.h"

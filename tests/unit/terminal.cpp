@@ -1,5 +1,5 @@
 // ISATTY and TTYNAM on terminals, files and what is neither.
-#include "core/contract.h"
+#include "contract/services.h"
 #include "outcome.h"
 
 #include <cstdlib>

@@ -1,5 +1,5 @@
 // What EXIT and ABORT hand to the run-time. The tests' own run-time notes it and comes back.
-#include "core/contract.h"
+#include "contract/services.h"
 
 #include "fenced_text.h"
 #include "recorder.h"

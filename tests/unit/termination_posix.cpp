@@ -1,6 +1,6 @@
 // EXIT and ABORT with the provider that has no Fortran run-time.
 #include "captured_child.h"
-#include "core/contract.h"
+#include "contract/services.h"
 
 #include <qxport/qxport.h>
 

@@ -1,5 +1,5 @@
 // FSTAT, ISATTY and TTYNAM above a unit lookup of the test's own.
-#include "core/contract.h"
+#include "contract/services.h"
 #include "outcome.h"
 #include "status_array.h"
 

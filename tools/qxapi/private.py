@@ -7,7 +7,7 @@ _OPENING = """\
 // Made from the catalogue, do not edit. The kinds of record that a program names by a handle.
 #pragma once
 
-#include "posix/component.h"
+#include "records/component.h"
 
 namespace qxport {
 """

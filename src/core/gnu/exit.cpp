@@ -1,4 +1,4 @@
-#include "core/contract.h"
+#include "contract/services.h"
 #include "core/gnu/units.h"
 
 // The run-time's own EXIT: it flushes and closes the program's units.

@@ -1,5 +1,5 @@
 // Characters, positions and buffers of the Fortran program's units.
-#include "core/contract.h"
+#include "contract/services.h"
 #include "core/gnu/units.h"
 #include "core/services/descriptor.h"
 

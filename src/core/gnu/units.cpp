@@ -1,7 +1,7 @@
 // The units of the Fortran program, with their descriptors and names.
 #include "core/gnu/units.h"
 
-#include "core/contract.h"
+#include "contract/services.h"
 #include "core/services/descriptor.h"
 
 #include <cerrno>

@@ -1,6 +1,6 @@
 // Input and output on units without a Fortran run-time: straight to the descriptor, so nothing waits in a
 // buffer.
-#include "core/contract.h"
+#include "contract/services.h"
 #include "core/services/descriptor.h"
 
 #include "frame/fortran.h"

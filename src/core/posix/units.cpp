@@ -1,5 +1,5 @@
 // Units without a Fortran run-time: a small table of unit numbers and descriptors.
-#include "core/contract.h"
+#include "contract/services.h"
 #include "core/services/descriptor.h"
 
 #include <cerrno>

@@ -1,7 +1,7 @@
 // The command line, whatever language the program's main is in: the host's start-up code hands it to
 // constructors. The priority is the earliest that is not reserved, so a program's own constructors get it
 // too.
-#include "core/contract.h"
+#include "contract/services.h"
 #include "frame/fortran.h"
 
 namespace {

@@ -1,5 +1,5 @@
 // The error status of the run-time.
-#include "core/contract.h"
+#include "contract/services.h"
 
 #include "frame/fortran.h"
 

@@ -1,4 +1,4 @@
-#include "core/contract.h"
+#include "contract/services.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Handles on targets of 32-bit addresses: the address itself. Which addresses are handles is kept beside, so
 // that a stale or foreign number is refused and not followed.
-#include "posix/handles.h"
+#include "records/handles.h"
 
 #include <algorithm>
 #include <cstdlib>

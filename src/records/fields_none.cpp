@@ -1,6 +1,6 @@
 // The routines for types that no component of any structure has. Programs written for the whole standard call
 // them and get ENONAME.
-#include "posix/fields.h"
+#include "records/fields.h"
 
 using namespace qxport;
 

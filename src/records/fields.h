@@ -1,9 +1,9 @@
 // The common start of every routine that reads or writes a component.
-#ifndef QXPORT_POSIX_FIELDS_H
-#define QXPORT_POSIX_FIELDS_H
+#ifndef QXPORT_RECORDS_FIELDS_H
+#define QXPORT_RECORDS_FIELDS_H
 
 #include "frame/fortran.h"
-#include "posix/records.h"
+#include "records/records.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 // Handles: the INTEGER(4) by which a Fortran program names a record or a procedure.
-#ifndef QXPORT_POSIX_HANDLES_H
-#define QXPORT_POSIX_HANDLES_H
+#ifndef QXPORT_RECORDS_HANDLES_H
+#define QXPORT_RECORDS_HANDLES_H
 
 #include <qxport/qxport.h>
 

@@ -1,5 +1,5 @@
 // Handles on targets whose addresses are wider than INTEGER(4).
-#include "posix/handles.h"
+#include "records/handles.h"
 
 #include <algorithm>
 #include <bit>

@@ -1,21 +1,15 @@
 // The records behind handles: made, found, copied and released.
-#ifndef QXPORT_POSIX_RECORDS_H
-#define QXPORT_POSIX_RECORDS_H
+#ifndef QXPORT_RECORDS_RECORDS_H
+#define QXPORT_RECORDS_RECORDS_H
 
-#include "posix/handles.h"
+#include "records/handles.h"
+#include "records/outcome.h"
 
 #include <qxport_records.h>
 
-#include <cerrno>
 #include <type_traits>
 
 namespace qxport {
-
-// The binding's own error numbers.
-constexpr int32_t EARRAYLEN = 125;
-constexpr int32_t ENONAME = 126;
-constexpr int32_t ENOHANDLE = 127;
-constexpr int32_t ETRUNC = 129;
 
 // What stands at the head of every record.
 struct Record {
@@ -34,12 +28,6 @@ inline Record *find_record(int32_t handle) {
 
 // The description of a record's kind; null for what is registered and no record, a directory stream.
 const RecordKind *description_of(const Record *record);
-
-// An error that the binding detected itself: IERROR gets `number`, errno EINVAL.
-inline void refuse(int32_t *ierror, int32_t number) {
-  *ierror = number;
-  errno = EINVAL;
-}
 
 // The record of a handle if it is of one kind, for the routines that fill or read it. Otherwise null, with
 // ENOHANDLE or EINVAL reported.

@@ -1,6 +1,6 @@
 // PXFSTRGET, PXFSTRSET, PXFESTRGET: CHARACTER components.
-#include "posix/fields.h"
-#include "posix/text_length.h"
+#include "records/fields.h"
+#include "records/text_length.h"
 
 #include <cstdlib>
 
@@ -32,7 +32,7 @@ Text text_of(Record *record, const Component &component) {
 }
 
 // Hands a text to the caller: its full length, and as many of its characters as fit, blank-padded.
-void deliver(const Text &text, char *value, charlen value_len, int32_t *ilen, int32_t *ierror) {
+void deliver_text(const Text &text, char *value, charlen value_len, int32_t *ilen, int32_t *ierror) {
   *ilen = static_cast<int32_t>(text.length);
   if (store_padded(value, narrow_length(value_len), text.start, text.length) < text.length) {
     *ierror = ETRUNC;
@@ -78,7 +78,7 @@ void pxfstrget_(const int32_t *jhandle, const char *compnam, char *value, int32_
     return;
   const Component *component = find_component(record, compnam, compnam_len, ierror, is_text);
   if (component != nullptr)
-    deliver(text_of(record, *component), value, value_len, ilen, ierror);
+    deliver_text(text_of(record, *component), value, value_len, ilen, ierror);
 }
 
 // CALL PXFSTRSET(JHANDLE, COMPNAM, VALUE, ILEN, IERROR)
@@ -115,7 +115,7 @@ void pxfestrget_(const int32_t *jhandle, const char *compnam, const int32_t *ind
   if (find_component(record, compnam, compnam_len, ierror, is_text_list) == nullptr)
     return;
   const char *member = group->gr_mem == nullptr ? nullptr : group->gr_mem[*index - 1];
-  deliver({member, member == nullptr ? 0 : strlen(member)}, value, value_len, ilen, ierror);
+  deliver_text({member, member == nullptr ? 0 : strlen(member)}, value, value_len, ilen, ierror);
 }
 
 QXPORT_ALIAS(pxfstrget_)

@@ -1,7 +1,7 @@
 // How a record's components are described: by name, type and place. The descriptions themselves are data,
 // made from the catalogue.
-#ifndef QXPORT_POSIX_COMPONENT_H
-#define QXPORT_POSIX_COMPONENT_H
+#ifndef QXPORT_RECORDS_COMPONENT_H
+#define QXPORT_RECORDS_COMPONENT_H
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
 // The first blocks of the exported tables. On targets of 32-bit addresses they exist for programs that name
 // them, and stay as they are here.
-#include "posix/handles.h"
+#include "records/handles.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
 // PXFINTGET and its kin: integer components, arrays and their elements.
-#include "posix/fields.h"
+#include "records/fields.h"
 
 using namespace qxport;
 

@@ -1,8 +1,8 @@
 // What the library expects of a Fortran run-time. libqxportmt leaves these names undefined;
 // libqxcoremt_<provider> supplies them as weak definitions, so that a program or a compiler's own run-time
 // can take any of them over.
-#ifndef QXPORT_CORE_CONTRACT_H
-#define QXPORT_CORE_CONTRACT_H
+#ifndef QXPORT_CONTRACT_SERVICES_H
+#define QXPORT_CONTRACT_SERVICES_H
 
 #include <cstdint>
 

@@ -1,8 +1,8 @@
 // CALL PXFSTRUCTCREATE, PXFSTRUCTCOPY, PXFSTRUCTFREE: the life of a record.
-#include "posix/records.h"
+#include "records/records.h"
 
 #include "frame/fortran.h"
-#include "posix/text_length.h"
+#include "records/text_length.h"
 
 #include <cstdlib>
 

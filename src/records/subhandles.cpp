@@ -1,5 +1,5 @@
 // PXFGETSUBHANDLE and PXFCALLSUBHANDLE: procedures named by handle.
-#include "posix/records.h"
+#include "records/records.h"
 
 #include "frame/fortran.h"
 

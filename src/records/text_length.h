@@ -1,6 +1,6 @@
 // How the binding reads the lengths of texts.
-#ifndef QXPORT_POSIX_TEXT_LENGTH_H
-#define QXPORT_POSIX_TEXT_LENGTH_H
+#ifndef QXPORT_RECORDS_TEXT_LENGTH_H
+#define QXPORT_RECORDS_TEXT_LENGTH_H
 
 #include "frame/fortran.h"
 

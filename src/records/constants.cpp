@@ -1,7 +1,7 @@
 // PXFCONST, IPXFCONST, PXFISCONST: the host's constants by name.
-#include "posix/component.h"
-#include "posix/records.h"
-#include "posix/text_length.h"
+#include "records/component.h"
+#include "records/records.h"
+#include "records/text_length.h"
 
 #include "frame/fortran.h"
 
