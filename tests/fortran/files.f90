@@ -21,13 +21,15 @@ end module
 program files
   use checks, only: check, finish
   use qxport
+  use scratch, only: remove_directory, scratch_directory
   implicit none
   integer(4), parameter :: enoent = 2, einval = 22, eisdir = 21, erange = 34, enotempty = 39
   character(1024) :: directory
   character(4096) :: former
 
   call check(getcwd(former), 0, 'getcwd at the start')
-  call make_directory()
+  directory = scratch_directory()
+  call check(chdir(directory // '   '), 0, 'chdir into the directory')
   call test_access()
   call test_chmod()
   call test_directories()
@@ -40,7 +42,7 @@ program files
   call test_getenv()
   call test_scanenv()
   call check(chdir(former), 0, 'chdir back')
-  call check(system('rm -rf ' // directory), 0, 'removal of the directory')
+  call remove_directory(directory)
   call finish()
 
 contains
@@ -55,15 +57,6 @@ contains
     call check(ierrno(), expected, what // ': ierrno')
     call check(number, expected, what // ': errsns')
     call check(all([io, status, unit, condition] == 0), what // ': the rest of errsns')
-  end subroutine
-
-  subroutine make_directory()
-    character(1024) :: base
-    call getenv('TMPDIR', base)
-    if (base == ' ') base = '/tmp'
-    write (directory, '(2a, i0)') trim(base), '/qxport.files.', getpid()
-    call check(system('mkdir ' // directory), 0, 'mkdir')
-    call check(chdir(directory // '   '), 0, 'chdir into the directory')
   end subroutine
 
   subroutine make_file(name, text)

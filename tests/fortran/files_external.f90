@@ -1,6 +1,7 @@
 ! The file, process and environment routines as programs call them that know of no module.
 program files_external
   use checks, only: check, finish
+  use scratch, only: quoted, remove_directory, scratch_directory
   implicit none
   integer(4), parameter :: enoent = 2, einval = 22
   integer(4), external :: access, chdir, chmod, getcwd, rename, unlink
@@ -14,10 +15,8 @@ program files_external
   integer(8) :: statb8(13)
 
   call check(getcwd(former), 0, 'getcwd')
-  call getenv('TMPDIR', name)
-  if (name == ' ') name = '/tmp'
-  write (directory, '(2a, i0)') trim(name), '/qxport.external.', getpid()
-  call check(system('mkdir ' // directory), 0, 'system')
+  directory = scratch_directory()
+  call check(system('rmdir ' // quoted(trim(directory)) // ' && mkdir ' // quoted(trim(directory))), 0, 'system')
   call check(chdir(directory), 0, 'chdir')
 
   open (newunit=unit, file='file', access='stream', form='unformatted')
@@ -72,6 +71,6 @@ program files_external
   call check(index(name, 'PATH'), 1, 'scanenv')
 
   call check(chdir(former), 0, 'chdir back')
-  call check(system('rm -rf ' // directory), 0, 'removal')
+  call remove_directory(directory)
   call finish()
 end program

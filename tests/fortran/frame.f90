@@ -4,6 +4,7 @@ program frame
   use, intrinsic :: iso_c_binding, only: c_int32_t
   use, intrinsic :: iso_fortran_env, only: error_unit
   use checks, only: check, finish
+  use scratch, only: quoted
   use qxport, only: abort, access, chdir, errsns, exit, for_qxcore_version, for_qxport_version, getlasterror, &
                     getlasterrorqq, getpid, ierrno, ipxflentrim, lnblnk, matherrqq, portlib_local_errno, pxfucompare, &
                     rindex
@@ -251,8 +252,8 @@ contains
   integer function status_of(what)
     character(*), intent(in) :: what
     character(:), allocatable :: status
-    call execute_command_line('ulimit -c 0; "'//self//'" '//what//' "'//prefix//'" > "'//prefix//'out" 2> "'//prefix &
-                              //'err"; echo $? > "'//prefix//'status"')
+    call execute_command_line('ulimit -c 0; '//quoted(self)//' '//what//' '//quoted(prefix)//' > '//quoted(prefix//'out')//' 2> ' &
+                              //quoted(prefix//'err')//'; echo $? > '//quoted(prefix//'status'))
     status = line_of('status', 1)
     read (status, *) status_of
     call remove('status')

@@ -2,6 +2,7 @@
 program frame_external
   use, intrinsic :: iso_c_binding, only: c_int
   use checks, only: check, finish
+  use scratch, only: quoted
   implicit none
   interface
     function next_number(number) bind(C, name='for_getsystemerror_dummy') result(answer)
@@ -132,8 +133,8 @@ contains
   integer function status_of(what)
     character(*), intent(in) :: what
     character(:), allocatable :: status
-    call execute_command_line('ulimit -c 0; "'//self//'" '//what//' > "'//prefix//'out" 2> "'//prefix//'err"; echo $? > "' &
-                              //prefix//'status"')
+    call execute_command_line('ulimit -c 0; '//quoted(self)//' '//what//' > '//quoted(prefix//'out')//' 2> ' &
+                              //quoted(prefix//'err')//'; echo $? > '//quoted(prefix//'status'))
     status = first_line('status')
     read (status, *) status_of
     call remove('status')

@@ -2,6 +2,7 @@
 ! one unit comes out in one order.
 program posix_units
   use checks
+  use scratch, only: remove_directory, scratch_directory
   use qxport, only: commitqq, flushqq, pxfclose, pxfconst, pxffastexit, pxffdopen, pxffileno, pxffflush, pxffgetc
   use qxport, only: pxffork, pxfgetc, pxfputc, pxfwaitpid
   use qxport, only: pxffputc, pxffseek, pxfftell, pxflseek, pxfopen, pxfpipe, pxfread, pxfwrite, pxfposixio
@@ -9,7 +10,7 @@ program posix_units
   integer, parameter :: ebadf = 9, einval = 22, eend = -1
   character(:), allocatable, save :: directory
 
-  call temporary_directory(directory)
+  directory = scratch_directory()
   call characters_and_records()
   call default_units()
   call positions()
@@ -20,25 +21,10 @@ program posix_units
   call regular_files()
   call bad_descriptors()
   call posix_flag()
-  call execute_command_line('rm -rf '//directory)
+  call remove_directory(directory)
   call finish()
 
 contains
-
-  subroutine temporary_directory(path)
-    character(:), allocatable, intent(out) :: path
-    character(200) :: line
-    integer :: unit
-    character(20) :: pid
-    integer, external :: getpid
-    write (pid, '(i0)') getpid()
-    path = '/tmp/qxport_units.'//trim(pid)
-    call execute_command_line('mkdir -p '//path)
-    open (newunit=unit, file=path//'/x', status='replace')
-    inquire (unit=unit, name=line)
-    close (unit, status='delete')
-    call check(trim(line), path//'/x', 'a temporary directory')
-  end subroutine
 
   ! The bytes of a file, read through a descriptor of its own.
   function contents(name) result(text)

@@ -1,21 +1,21 @@
 ! The bridge between units and descriptors as programs use it that know of no module.
 program posix_units_external
   use checks, only: check, finish
+  use scratch, only: remove_directory, scratch_directory
   implicit none
   integer(4), parameter :: ebadf = 9, einval = 22, eend = -1, unit = 21, other = 22
   logical(4), external :: commitqq, flushqq
   external :: pxfclose, pxffastexit, pxffdopen, pxffflush, pxffgetc, pxffileno, pxffork, pxffputc, pxffseek, pxfftell, &
     pxfgetc, pxfpipe, pxfposixio, pxfputc, pxfwaitpid, pxfwrite
-  integer(4), external :: getpid
-  character(40) :: name
+  character(:), allocatable, save :: directory, name
 
-  write (name, '(a, i0)') '/tmp/qxport.units.external.', getpid()
+  directory = scratch_directory()
+  name = directory//'/file'
   call check_characters()
   call check_default_units()
   call check_pipe()
   call check_flag()
-  open (unit, file=name)
-  close (unit, status='delete')
+  call remove_directory(directory)
   call finish()
 
 contains

@@ -2,17 +2,17 @@
 program search
   use, intrinsic :: iso_c_binding, only: c_intptr_t
   use checks, only: check, finish
+  use scratch, only: remove_directory, scratch_directory
   use qxport, only: file_info, file_info_i8, file_length, getfileinfoqq, getfileinfoqqi8, findfileqq, delfilesqq, &
                     FILE_SEARCH_BEGIN, FILE_SEARCH_END, FILE_SEARCH_ERROR, FILE_ATTRIBUTE_DIRECTORY, &
-                    FILE_ATTRIBUTE_SYSTEM, FILE_ATTRIBUTE_READ_ONLY, getpid, getlasterrorqq, errsns, ierrno, chdir
+                    FILE_ATTRIBUTE_SYSTEM, FILE_ATTRIBUTE_READ_ONLY, getlasterrorqq, errsns, ierrno, chdir
   implicit none
   integer(4), parameter :: ENOENT = 2, EINVAL = 22
-  character(40) :: directory
+  character(:), allocatable, save :: directory
 
-  write (directory, '(a, i0)') '/tmp/qxport-search-', getpid()
-  call run('rm -rf '//directory)
-  call run('mkdir -p '//trim(directory)//'/sub '//trim(directory)//'/list')
+  directory = scratch_directory()
   call check(chdir(directory), 0, 'into the directory of the test')
+  call run('mkdir sub list')
   call make('one.dat', 5)
   call make('two words.dat', 12)
   call make('.hidden.dat', 1)
@@ -30,7 +30,7 @@ program search
   call check_delete()
 
   call check(chdir('/'), 0, 'out of the directory of the test')
-  call run('rm -rf '//directory)
+  call remove_directory(directory)
   call finish()
 
 contains
@@ -214,7 +214,7 @@ contains
     call check(delfilesqq('*'), 2, 'delete all files')
     inquire (file='fifo', exist=present)
     call check(present, 'a FIFO stays')
-    call check(delfilesqq(trim(directory)//'/list/*'), 1, 'delete elsewhere')
+    call check(delfilesqq(directory//'/list/*'), 1, 'delete elsewhere')
     inquire (file='list', exist=present)
     call check(present, 'still in the directory of the test')
   end subroutine

@@ -3,6 +3,7 @@ program search_external
   use, intrinsic :: iso_c_binding, only: c_intptr_t
   use, intrinsic :: iso_fortran_env, only: int8
   use checks, only: check, finish
+  use scratch, only: quoted, remove_directory, scratch_directory
   implicit none
 
   type :: fileinfo
@@ -17,20 +18,17 @@ program search_external
 
   integer(4), external :: delfilesqq, findfileqq, getfileinfoqq, getfileinfoqqi8
   integer(8), external :: file_length
-  character(40) :: directory
-  integer(4) :: clock
+  character(:), allocatable, save :: directory
 
-  call system_clock(clock)
-  write (directory, '(a, i0)') '/tmp/qxport-search-external-', clock
-  call run('mkdir '//trim(directory)//' '//trim(directory)//'/sub')
-  call run('printf 12345 >'//trim(directory)//'/file; chmod 444 '//trim(directory)//'/file')
+  directory = scratch_directory()
+  call run('cd '//quoted(directory)//' && mkdir sub && printf 12345 >file && chmod 444 file')
 
   call check_record()
   call check_bytes()
   call check_find()
   call check_delete()
 
-  call run('rm -rf '//directory)
+  call remove_directory(directory)
   call finish()
 
 contains
@@ -52,7 +50,7 @@ contains
     count = 0
     seen_file = .false.
     seen_directory = .false.
-    do while (getfileinfoqq(trim(directory)//'/*', info, handle) > 0)
+    do while (getfileinfoqq(directory//'/*', info, handle) > 0)
       count = count + 1
       call check(handle /= -1 .and. handle /= -2 .and. handle /= -3, 'handle under way')
       call check(info%creation, 4711, 'creation time is the caller''s')
@@ -74,7 +72,7 @@ contains
     character(255) :: name
     bytes = 99
     handle = -1
-    call check(getfileinfoqqi8(trim(directory)//'/f*', bytes(1:279), handle), 4, 'length of the name')
+    call check(getfileinfoqqi8(directory//'/f*', bytes(1:279), handle), 4, 'length of the name')
     call check(transfer(bytes(1:4), 0) /= 1667457891, 'creation time is written')
     call check(transfer(bytes(5:8), 0) > 0, 'last-write time')
     call check(transfer(bytes(9:12), 0) > 0, 'last-access time')
@@ -84,23 +82,23 @@ contains
     name = transfer(bytes(25:279), name)
     call check(name, 'file'//repeat(' ', 251), 'name')
     call check(bytes(0) == 99 .and. bytes(280) == 99, 'nothing is written beside the record')
-    call check(getfileinfoqqi8(trim(directory)//'/f*', bytes(1:279), handle), 0, 'no further entry')
+    call check(getfileinfoqqi8(directory//'/f*', bytes(1:279), handle), 0, 'no further entry')
   end subroutine
 
   subroutine check_find()
-    character(60) :: path
-    call check(findfileqq(trim(directory)//'/file', 'NO_SUCH_VARIABLE', path), len_trim(directory) + 5, 'found')
-    call check(trim(path), trim(directory)//'/file', 'its path')
+    character(len(directory) + 20) :: path
+    call check(findfileqq(directory//'/file', 'NO_SUCH_VARIABLE', path), len(directory) + 5, 'found')
+    call check(trim(path), directory//'/file', 'its path')
     call check(findfileqq('no-such-file', 'NO_SUCH_VARIABLE', path), 0, 'not found')
     call check(path == '', 'path of nothing')
   end subroutine
 
   subroutine check_delete()
     logical :: present
-    call check(delfilesqq(trim(directory)//'/f*'), 1, 'delete by a pattern')
-    inquire (file=trim(directory)//'/file', exist=present)
+    call check(delfilesqq(directory//'/f*'), 1, 'delete by a pattern')
+    inquire (file=directory//'/file', exist=present)
     call check(.not. present, 'the file is gone')
-    call check(delfilesqq(trim(directory)//'/*'), 0, 'a directory stays')
+    call check(delfilesqq(directory//'/*'), 0, 'a directory stays')
   end subroutine
 
 end program
