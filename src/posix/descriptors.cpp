@@ -10,11 +10,11 @@ using namespace qxport;
 
 namespace {
 
-// Where a size is as narrow as NBYTE, a negative one would be taken for half of memory; a wider host refuses
-// it itself.
+// The host's sizes have no sign: it would take a negative one for more memory than there is, and on a target
+// of 32 bits go on behind the caller's variable.
 template <typename Call>
 void transfer(int32_t nbyte, int32_t *moved, int32_t *ierror, Call call) {
-  if (sizeof(size_t) == sizeof(nbyte) && nbyte < 0) {
+  if (nbyte < 0) {
     *moved = -1;
     return refuse(ierror, EINVAL);
   }

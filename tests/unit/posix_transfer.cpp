@@ -73,40 +73,33 @@ TEST_F(Read, FailuresAreTheHosts) {
     close(fd);
 }
 
-// The host of 64 bits refuses a count that is huge; one of 32 bits must not be asked, for it would go on
-// behind the caller's variable.
-template <typename HostCall>
-void expect_refused(const Outcome &outcome, HostCall host_call) {
-  if constexpr (sizeof(size_t) == 8)
-    EXPECT_EQ(outcome, as_the_host(host_call));
-  else
-    EXPECT_EQ(outcome, failed_with(EINVAL));
-}
-
-TEST_F(Read, OfANegativeCountIsRefused) {
+// No host is asked: one of 64 bits would answer as the memory and the descriptor happen to be, and one of 32
+// go on behind the caller's variable.
+TEST_F(Read, OfANegativeCountIsEinval) {
   const int fd = open("data.txt", O_RDONLY);
   Character buffer(16);
-  for (const int32_t nbyte : {-1, INT32_MIN}) {
-    Guarded<int32_t> nread(SENTINEL);
-    expect_refused(call(pxfread_, fd, static_cast<void *>(buffer.data()), nbyte, &nread), [&] {
-      const volatile size_t count = static_cast<size_t>(nbyte);
-      return read(fd, buffer.data(), count);
-    });
-    EXPECT_EQ(nread, -1);
+  for (const int32_t descriptor : {fd, -1, 9999}) {
+    for (const int32_t nbyte : {-1, INT32_MIN}) {
+      Guarded<int32_t> nread(SENTINEL);
+      EXPECT_EQ(call(pxfread_, descriptor, static_cast<void *>(buffer.data()), nbyte, &nread),
+                failed_with(EINVAL));
+      EXPECT_EQ(nread, -1);
+    }
   }
   EXPECT_EQ(buffer.text(), std::string(16, '#'));
+  EXPECT_EQ(lseek(fd, 0, SEEK_CUR), 0);
   close(fd);
 }
 
-TEST_F(Write, OfANegativeCountIsRefused) {
+TEST_F(Write, OfANegativeCountIsEinval) {
   const int fd = open("data.txt", O_WRONLY | O_APPEND);
-  for (const int32_t nbyte : {-1, INT32_MIN}) {
-    Guarded<int32_t> nwritten(SENTINEL);
-    expect_refused(call(pxfwrite_, fd, static_cast<const void *>("abc"), nbyte, &nwritten), [&] {
-      const volatile size_t count = static_cast<size_t>(nbyte);
-      return write(fd, "abc", count);
-    });
-    EXPECT_EQ(nwritten, -1);
+  for (const int32_t descriptor : {fd, -1, 9999}) {
+    for (const int32_t nbyte : {-1, INT32_MIN}) {
+      Guarded<int32_t> nwritten(SENTINEL);
+      EXPECT_EQ(call(pxfwrite_, descriptor, static_cast<const void *>("abc"), nbyte, &nwritten),
+                failed_with(EINVAL));
+      EXPECT_EQ(nwritten, -1);
+    }
   }
   EXPECT_EQ(lseek(fd, 0, SEEK_END), 10);
   close(fd);
