@@ -62,10 +62,16 @@ const Constant *find_constant(const char *constname, charlen length) {
 }  // namespace
 
 // CALL PXFCONST(CONSTNAME, IVAL, IERROR)
+// A caller who gives one variable for both finds the value there, or ENONAME.
 void pxfconst_(const char *constname, int32_t *ival, int32_t *ierror, charlen constname_len) {
+  *ierror = 0;
   const Constant *constant = find_constant(constname, constname_len);
-  *ival = constant == nullptr ? -1 : static_cast<int32_t>(constant->value);
-  *ierror = constant == nullptr ? ENONAME : 0;
+  if (constant == nullptr) {
+    *ival = -1;
+    *ierror = ENONAME;
+  } else {
+    *ival = static_cast<int32_t>(constant->value);
+  }
 }
 
 // N = IPXFCONST(CONSTNAME)

@@ -92,6 +92,17 @@ INSTANTIATE_TEST_SUITE_P(Constants, EachGroup, testing::ValuesIn(constant_groups
 
 }  // namespace
 
+// IERROR first, then IVAL; for a name that is not known the other way round.
+TEST(Constants, OneVariableForBothHasTheValueOrEnoname) {
+  int32_t both = SENTINEL;
+  pxfconst_("SIGINT", &both, &both, 6);
+  EXPECT_EQ(both, SIGINT);
+  pxfconst_("SIG_ERR", &both, &both, 7);
+  EXPECT_EQ(both, -1);
+  pxfconst_("SIGNONE", &both, &both, 7);
+  EXPECT_EQ(both, NO_SUCH_NAME);
+}
+
 TEST(Constants, AreTwoHundredAndSixtyEightAndAllDifferent) {
   size_t count = 0;
   for (const ConstantGroup &group : constant_groups())
