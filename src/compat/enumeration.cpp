@@ -47,12 +47,13 @@ public:
     return nullptr;
   }
 
-  // Closes the stream found or opened last.
+  // Closes the stream found or opened last, which may set errno.
   void close_first() {
     Node *node = first_;
+    DIR *stream = node->stream;
     first_ = node->next;
-    closedir(node->stream);
     free(node);
+    closedir(stream);
   }
 
 private:
@@ -127,10 +128,9 @@ DIR *begin(SearchState *search, const char *files, intptr_t *handle, charlen fil
   return stream;
 }
 
-int32_t end(SearchState *search, intptr_t *handle, intptr_t state) {
+void end(SearchState *search) {
   search->streams.close_first();
   search->pNamePattern[0] = '\0';
-  return fail(handle, state, ENOENT);
 }
 
 template <typename Record>
@@ -151,17 +151,21 @@ int32_t enumerate(SearchState *search, const char *files, Record *record, intptr
   while (entry != nullptr && patternMatch(entry->d_name, search->pNamePattern) != 0)
     entry = readdir(stream);
   if (entry == nullptr) {
-    // errno was not cleared before the reading: a caller who left a failure behind learns of it here.
+    end(search);
+    // errno was not cleared before the reading: a failure that the caller left behind shows here, and so does
+    // one to close the directory.
     const bool clean = errno == 0 || errno == ENOENT;
-    return end(search, handle, clean ? QXPORT_FILE_SEARCH_END : QXPORT_FILE_SEARCH_ERROR);
+    return fail(handle, clean ? QXPORT_FILE_SEARCH_END : QXPORT_FILE_SEARCH_ERROR, ENOENT);
   }
 
   const size_t name_length =
       CstrToFstr(record->name, entry->d_name, static_cast<charlen>(sizeof(record->name)),
                  static_cast<charlen>(strlen(entry->d_name)));
   struct stat status;
-  if (stat(EntryPath(search->pPath, entry->d_name).get(), &status) != 0)
-    return end(search, handle, QXPORT_FILE_SEARCH_ERROR);
+  if (stat(EntryPath(search->pPath, entry->d_name).get(), &status) != 0) {
+    end(search);
+    return fail(handle, QXPORT_FILE_SEARCH_ERROR, ENOENT);
+  }
   fill(record, status);
   return static_cast<int32_t>(name_length);
 }

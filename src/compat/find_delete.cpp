@@ -33,22 +33,22 @@ bool is_listed(int descriptor, const char *name) {
 }
 
 // Has the directory an entry of that name, of whatever kind? The directory must be readable, as for a
-// listing, but the one name is asked for, not compared with all: only a directory that may be listed and not
-// searched is read whole. errno ends as a reading would leave it: set by a directory that cannot be opened,
-// else as it was.
+// listing. Asking for the one name is the quick way to say no; what answers to it must be listed too, under
+// exactly this name: a file system may fold case, or know entries that no listing shows. errno ends as a
+// reading would leave it: set by a directory that cannot be opened, else as it was.
 bool holds(const char *directory, const char *name) {
   const int descriptor = open(directory, O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK);
   if (descriptor < 0)
     return false;
   const int before = errno;
   struct stat status;
-  const bool found = fstatat(descriptor, name, &status, AT_SYMLINK_NOFOLLOW) == 0;
-  const int error = errno;
+  const bool absent = fstatat(descriptor, name, &status, AT_SYMLINK_NOFOLLOW) != 0 &&
+                      (errno == ENOENT || errno == ENAMETOOLONG);
   errno = before;
-  if (!found && error != ENOENT && error != ENAMETOOLONG)
+  if (!absent)
     return is_listed(descriptor, name);
   close(descriptor);
-  return found;
+  return false;
 }
 
 int32_t not_found() {
@@ -82,21 +82,19 @@ int32_t find_in_list(const char *list, const char *name, char *pathbuf, charlen 
   return not_found();
 }
 
-bool is_regular(const char *name) {
+bool is_regular(int directory, const char *name) {
   struct stat status;
-  return stat(name, &status) == 0 && S_ISREG(status.st_mode);
+  return fstatat(directory, name, &status, 0) == 0 && S_ISREG(status.st_mode);
 }
 
-// Deletes in the current directory.
-int32_t delete_matching(const char *pattern) {
-  DIR *stream = opendir(".");
-  if (stream == nullptr)
-    return 0;
+// Works by the directory's descriptor, so that the working directory, which is the whole process's, stays.
+int32_t delete_matching(DIR *stream, const char *pattern) {
+  const int directory = dirfd(stream);
   int32_t deleted = 0;
   while (const dirent *entry = readdir(stream))
-    if (patternMatch(entry->d_name, pattern) == 0 && is_regular(entry->d_name) && unlink(entry->d_name) == 0)
+    if (patternMatch(entry->d_name, pattern) == 0 && is_regular(directory, entry->d_name) &&
+        unlinkat(directory, entry->d_name, 0) == 0)
       ++deleted;
-  closedir(stream);
   return deleted;
 }
 
@@ -120,19 +118,21 @@ int32_t findfileqq_(const char *filename, const char *varname, char *pathbuf, ch
 }
 
 // N = DELFILESQQ(FILES)
+// The working directory is searched by its name, like any other: where the name cannot be had, or leads
+// nowhere, nothing is deleted.
 int32_t delfilesqq_(const char *files, charlen files_len) {
-  char saved[WORKING_DIRECTORY_LIMIT];
-  if (getcwd(saved, sizeof(saved)) == nullptr)
+  char working_directory[WORKING_DIRECTORY_LIMIT];
+  if (getcwd(working_directory, sizeof(working_directory)) == nullptr)
     return 0;
   const CString text(files, files_len);
   if (!text)
     return 0;
   const FileSpecification specification(text.get());
-  if (chdir(specification.has_slash ? specification.directory : saved) != 0)
+  DIR *stream = opendir(specification.has_slash ? specification.directory : working_directory);
+  if (stream == nullptr)
     return 0;
-  const int32_t deleted = delete_matching(specification.name);
-  // A working directory that vanished meanwhile leaves the process where it is.
-  [[maybe_unused]] const int returned = chdir(saved);
+  const int32_t deleted = delete_matching(stream, specification.name);
+  closedir(stream);
   return deleted;
 }
 

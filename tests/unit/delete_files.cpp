@@ -5,7 +5,24 @@
 #include <algorithm>
 #include <filesystem>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/un.h>
+
+namespace {
+
+int changes_of_directory = 0;
+
+}  // namespace
+
+// The host's own, counted.
+int chdir(const char *path) noexcept {
+  ++changes_of_directory;
+  return static_cast<int>(syscall(SYS_chdir, path));
+}
+int fchdir(int descriptor) noexcept {
+  ++changes_of_directory;
+  return static_cast<int>(syscall(SYS_fchdir, descriptor));
+}
 
 namespace {
 
@@ -196,7 +213,26 @@ TEST(DeleteFilesPermissions, FilesThatMayNotBeDeletedAreNotCounted) {
   });
 }
 
-// The current directory is entered again by its name.
+// A process may stand where it cannot come back to by name: it is not sent away from there.
+TEST(DeleteFilesPermissions, ProcessStaysWhereItCannotComeBackTo) {
+  in_directory_of_ordinary_user([](const TemporaryDirectory &directory) {
+    for (const char *name : {"locked", "locked/home", "other"})
+      ASSERT_EQ(mkdir(name, 0700), 0);
+    directory.file("locked/home/kept");
+    directory.file("other/a");
+    const WorkingDirectory inside("locked/home");
+    {
+      const Mode locked(directory / "locked", 0);
+      EXPECT_EQ(delete_files(directory / "other/*"), 1);
+      EXPECT_EQ(delete_files(directory / "other/*"), 0);
+      EXPECT_TRUE(exists("kept"));
+      EXPECT_EQ(delete_files("./no*"), 0);
+    }
+    EXPECT_EQ(names_in("."), Names{"kept"});
+  });
+}
+
+// The current directory is searched by its name.
 TEST(DeleteFilesPermissions, CurrentDirectoryOutOfReachDeletesNothing) {
   in_directory_of_ordinary_user([](const TemporaryDirectory &directory) {
     ASSERT_EQ(mkdir((directory / "sub").c_str(), 0700), 0);
@@ -211,6 +247,17 @@ TEST(DeleteFilesPermissions, CurrentDirectoryOutOfReachDeletesNothing) {
 }
 
 // --- The working directory
+
+// Another thread that looked, at any moment, would find the process where it was.
+TEST_F(DeleteFiles, WorkingDirectoryIsNeverLeft) {
+  std::filesystem::create_directory("sub");
+  make({"a", "sub/a"});
+  changes_of_directory = 0;
+  EXPECT_EQ(delete_files("sub/*"), 1);
+  EXPECT_EQ(delete_files(directory / "sub/*"), 0);
+  EXPECT_EQ(delete_files("*"), 1);
+  EXPECT_EQ(changes_of_directory, 0);
+}
 
 TEST_F(DeleteFiles, RemovedWorkingDirectoryDeletesNothing) {
   std::filesystem::create_directory("removed");

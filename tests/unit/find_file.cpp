@@ -4,7 +4,9 @@
 #include <climits>
 #include <cstdlib>
 #include <filesystem>
+#include <future>
 #include <memory>
+#include <thread>
 
 namespace {
 
@@ -91,6 +93,27 @@ TEST_F(FindFile, NamesAreComparedExactly) {
     EXPECT_EQ(find(name), miss()) << name;
   directory.file("p*");
   EXPECT_EQ(find("p*"), hit("./p*"));
+}
+
+// The directory answers to the name, and yet does not list it.
+TEST_F(FindFile, NameThatADirectoryDoesNotListIsNoHit) {
+  std::promise<pid_t> told;
+  std::promise<void> looked;
+  std::thread second([&] {
+    told.set_value(gettid());
+    looked.get_future().wait();
+  });
+  const std::string id = std::to_string(told.get_future().get());
+  EXPECT_TRUE(exists("/proc/" + id)) << "but it is there for who asks";
+  EXPECT_EQ(find("/proc/" + id), miss());
+  set_list("/proc");
+  EXPECT_EQ(find(id), miss());
+  set_list("/proc:two");
+  directory.file("two/" + id);
+  EXPECT_EQ(find(id), hit("two/" + id));
+  looked.set_value();
+  second.join();
+  EXPECT_EQ(find("/proc/" + std::to_string(getpid())), hit("/proc/" + std::to_string(getpid())));
 }
 
 TEST_F(FindFile, EntriesOfEveryKindAreFound) {
