@@ -12,8 +12,8 @@ namespace {
 constexpr int64_t TERMINAL_NAME_CAPACITY = 255;
 
 // A CHARACTER function's caller passes the result's length where a subroutine's caller passes the unit's
-// address, and no address is that low.
-constexpr uintptr_t LOWEST_ADDRESS = 65536;
+// address. No linker puts data below 4 MiB, on targets of 64 and of 32 bits.
+constexpr uintptr_t LOWEST_ADDRESS = 4 << 20;
 
 void terminal_name(char *name, charlen name_len, int32_t unit) {
   blank_fill(name, name_len);

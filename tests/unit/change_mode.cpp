@@ -68,6 +68,34 @@ TEST_F(Chmod, OctalReplacesAllBits) {
   expect({07777, "100644", 0644});  // as a status shows it, with the file type
 }
 
+TEST_F(Chmod, LowTwelveBitsOfAnOctalNumberCount) {
+  expect({0777, "10000", 0000});
+  expect({0777, "17777", 07777});
+  expect({0777, "10000000640", 0640});   // 2**30 and more
+  expect({0777, "17777777777", 07777});  // 2**31 - 1
+}
+
+TEST_F(Chmod, OctalNumberThatNoIntegerHoldsSetsAllBits) {
+  std::vector<std::string> modes = {"1000000000000000000000" /* 2**63 */, "1000000000000000000000640",
+                                    std::string(1000, '7')};
+  if (sizeof(long) == 4)
+    modes.push_back("20000000640");  // 2**31 and more
+  for (const std::string &mode : modes) {
+    ASSERT_EQ(chmod(file_.c_str(), 0600), 0);
+    EXPECT_EQ(chmod_of(file_, mode), (Outcome{0, {ERANGE, SENTINEL, {}}})) << mode;
+    EXPECT_EQ(octal(mode_of(file_)), octal(07777)) << mode;
+  }
+}
+
+TEST_F(Chmod, OctalNumberIsReadAsTheMachinesInteger) {
+  if (sizeof(long) == 8) {
+    expect({0777, "20000000640", 0640});            // 2**31 and more
+    expect({0777, "777777777777777770640", 0640});  // below 2**63
+  } else {
+    expect({0777, "17777770640", 0640});  // below 2**31
+  }
+}
+
 TEST_F(Chmod, TrailingBlanksOfAnOctalModeDoNotCount) {
   expect({0777, "644 ", 0644});
   expect({0777, "644                    ", 0644});
