@@ -1,5 +1,7 @@
 """A small catalogue of the tests' own, and ways to run the generator on it."""
 
+import functools
+import os
 import subprocess
 import sys
 import tempfile
@@ -317,6 +319,14 @@ end
 FILES = {
     "compat_sample.toml": SAMPLE, "core_run.toml": CORE, "frame_bare.toml": BARE, "posix_binding.toml": BINDING,
 }
+
+
+@functools.cache
+def widths():
+    """The targets that programs can be compiled for here: the narrow one where its headers and run-time are installed."""
+    probe = subprocess.run(["g++", "-m32", "-x", "c++", "-", "-o", os.devnull], capture_output=True, text=True, check=False,
+                           input="#include <type_traits>\n#include <signal.h>\nint main() { return raise(0); }\n")
+    return ("64", "32") if probe.returncode == 0 else ("64",)
 
 
 class CatalogueCase(unittest.TestCase):

@@ -4,7 +4,7 @@ import os
 import subprocess
 import unittest
 
-from support import CatalogueCase
+from support import CatalogueCase, widths
 
 C = ("gcc", "-std=c11", "-x", "c")
 CXX = ("g++", "-std=c++20", "-x", "c++")
@@ -47,7 +47,7 @@ class Header(CatalogueCase):
                               env=os.environ | {"LC_ALL": "C"})
 
     def test_signatures_in_both_languages_and_widths(self):
-        for width in ("64", "32"):
+        for width in widths():
             self.generate("--only", "header", target=width)
             for compiler in (C, CXX):
                 with self.subTest(compiler=compiler[0], width=width):

@@ -3,7 +3,7 @@
 import subprocess
 import unittest
 
-from support import CatalogueCase
+from support import CatalogueCase, widths
 
 USER = """
 use qxport
@@ -53,14 +53,14 @@ text = "one"
 
 class Module(CatalogueCase):
     def test_compiles_without_warnings(self):
-        for width in ("64", "32"):
+        for width in widths():
             with self.subTest(width=width):
                 self.generate("--only", "module", target=width)
                 self.run_clean("gfortran", f"-m{width}", "-std=f2018", "-Wall", "-Werror", "-fsyntax-only",
                                self.out / "fortran/qxport.f90", cwd=self.root)
 
     def test_user_calls_the_aliases(self):
-        for width in ("64", "32"):
+        for width in widths():
             with self.subTest(width=width):
                 self.generate("--only", "module", target=width)
                 (self.root / "user.f90").write_text(USER)

@@ -3,7 +3,7 @@
 import subprocess
 import unittest
 
-from support import APIGEN, CatalogueCase
+from support import APIGEN, CatalogueCase, widths
 
 SOURCES = APIGEN.parents[1] / "src"  # component.h, over whose types the tables are made
 CXX = ("g++", "-std=c++20", "-D_GNU_SOURCE", "-Wall", "-Wextra", "-Wpedantic", "-Wshadow", "-Wconversion", "-Werror")
@@ -84,7 +84,7 @@ class Private(CatalogueCase):
         return subprocess.run(command, input=source, capture_output=True, text=True, check=False)
 
     def test_records_in_both_widths(self):
-        for width in ("64", "32"):
+        for width in widths():
             with self.subTest(width=width):
                 result = self.compile(TABLES, width, "-fsyntax-only")
                 self.assertEqual((result.returncode, result.stderr), (0, ""))
