@@ -193,6 +193,4 @@ int64_t file_length_(const qxport_file_info_i8 *info) {
   return length;
 }
 
-QXPORT_ALIAS(getfileinfoqq_)
-QXPORT_ALIAS(getfileinfoqqi8_)
 QXPORT_ALIAS(file_length_)

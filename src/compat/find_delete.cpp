@@ -135,6 +135,3 @@ int32_t delfilesqq_(const char *files, charlen files_len) {
   closedir(stream);
   return deleted;
 }
-
-QXPORT_ALIAS(findfileqq_)
-QXPORT_ALIAS(delfilesqq_)

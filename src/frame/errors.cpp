@@ -22,4 +22,3 @@ int32_t getlasterrorqq_() {
 
 QXPORT_ALIAS(ierrno_)
 QXPORT_ALIAS(getlasterror_)
-QXPORT_ALIAS(getlasterrorqq_)

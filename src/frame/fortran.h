@@ -9,10 +9,11 @@
 #include <cstdint>
 #include <cstring>
 
-// The second name of a routine, which the Fortran module binds to: strong, so that a program's own procedure
-// of the traditional name does not take the module's place.
+// The second name of a routine whose binding is an alias: strong, so that a program's own procedure of the
+// traditional name does not take the module's place. It must be declared: a routine with a plain binding has
+// none.
 #define QXPORT_ALIAS(symbol)                                                                                 \
-  extern "C" QXPORT_MODULE_API decltype(symbol) qxport_##symbol __attribute__((alias(#symbol)));
+  extern "C" decltype(qxport_##symbol) qxport_##symbol __attribute__((alias(#symbol)));
 
 namespace qxport {
 

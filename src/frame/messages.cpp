@@ -66,5 +66,3 @@ void matherrqq_(const char *name, const int16_t *namelen, int32_t *type, int16_t
   }
   *retval = 0;
 }
-
-QXPORT_ALIAS(matherrqq_)

@@ -75,5 +75,3 @@ int32_t for_getsystemerror_dummy(int32_t number) {
 
 QXPORT_ALIAS(lnblnk_)
 QXPORT_ALIAS(rindex_)
-QXPORT_ALIAS(ipxflentrim_)
-QXPORT_ALIAS(pxfucompare_)

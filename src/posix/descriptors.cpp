@@ -154,17 +154,3 @@ void pxfumask_(const int32_t *icmask, int32_t *iprevcmask, int32_t *ierror) {
   *iprevcmask = static_cast<int32_t>(umask(static_cast<mode_t>(*icmask)));
   *ierror = 0;
 }
-
-QXPORT_ALIAS(pxfopen_)
-QXPORT_ALIAS(pxfcreat_)
-QXPORT_ALIAS(pxfclose_)
-QXPORT_ALIAS(pxfdup_)
-QXPORT_ALIAS(pxfdup2_)
-QXPORT_ALIAS(pxfread_)
-QXPORT_ALIAS(pxfwrite_)
-QXPORT_ALIAS(pxflseek_)
-QXPORT_ALIAS(pxfpipe_)
-QXPORT_ALIAS(pxffcntl_)
-QXPORT_ALIAS(pxffstat_)
-QXPORT_ALIAS(pxffpathconf_)
-QXPORT_ALIAS(pxfumask_)

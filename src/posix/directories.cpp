@@ -143,12 +143,3 @@ void pxfclosedir_(int32_t *idirid, int32_t *ierror) {
   }
   *idirid = 0;
 }
-
-QXPORT_ALIAS(pxfchdir_)
-QXPORT_ALIAS(pxfmkdir_)
-QXPORT_ALIAS(pxfrmdir_)
-QXPORT_ALIAS(pxfgetcwd_)
-QXPORT_ALIAS(pxfopendir_)
-QXPORT_ALIAS(pxfreaddir_)
-QXPORT_ALIAS(pxfrewinddir_)
-QXPORT_ALIAS(pxfclosedir_)

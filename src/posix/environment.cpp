@@ -135,9 +135,3 @@ void pxfclearenv_(int32_t *ierror) {
   *ierror = name == nullptr ? errno : 0;
   free(name);
 }
-
-QXPORT_ALIAS(ipxfargc_)
-QXPORT_ALIAS(pxfgetarg_)
-QXPORT_ALIAS(pxfgetenv_)
-QXPORT_ALIAS(pxfsetenv_)
-QXPORT_ALIAS(pxfclearenv_)

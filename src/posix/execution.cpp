@@ -105,7 +105,3 @@ void pxfexecvp_(const char *file, const int32_t *lenfile, const char *argv, cons
                 const int32_t *iargc, int32_t *ierror, charlen file_len, charlen argv_len) {
   execute(file, *lenfile, file_len, {argv, lenargv, *iargc, argv_len}, ierror, execvp);
 }
-
-QXPORT_ALIAS(pxfexecv_)
-QXPORT_ALIAS(pxfexecve_)
-QXPORT_ALIAS(pxfexecvp_)

@@ -163,14 +163,3 @@ int32_t qxport_pxfisreg_(const int32_t *m) {
 int32_t qxport_pxfisfifo_(const int32_t *m) {
   return is_type(*m, S_IFIFO);
 }
-
-QXPORT_ALIAS(pxfunlink_)
-QXPORT_ALIAS(pxfaccess_)
-QXPORT_ALIAS(pxfchmod_)
-QXPORT_ALIAS(pxfchown_)
-QXPORT_ALIAS(pxfmkfifo_)
-QXPORT_ALIAS(pxflink_)
-QXPORT_ALIAS(pxfrename_)
-QXPORT_ALIAS(pxfstat_)
-QXPORT_ALIAS(pxfutime_)
-QXPORT_ALIAS(pxfpathconf_)

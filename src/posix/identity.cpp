@@ -98,20 +98,3 @@ void pxfttyname_(const int32_t *ifildes, char *s, int32_t *ilen, int32_t *ierror
   else if (!deliver_text(name, s, s_len, ilen, ierror))
     errno = ERANGE;
 }
-
-QXPORT_ALIAS(pxfgetpid_)
-QXPORT_ALIAS(pxfgetppid_)
-QXPORT_ALIAS(pxfgetuid_)
-QXPORT_ALIAS(pxfgeteuid_)
-QXPORT_ALIAS(pxfgetgid_)
-QXPORT_ALIAS(pxfgetegid_)
-QXPORT_ALIAS(pxfsetuid_)
-QXPORT_ALIAS(pxfsetgid_)
-QXPORT_ALIAS(pxfgetgroups_)
-QXPORT_ALIAS(pxfgetpgrp_)
-QXPORT_ALIAS(pxfsetsid_)
-QXPORT_ALIAS(pxfsetpgid_)
-QXPORT_ALIAS(pxfisatty_)
-QXPORT_ALIAS(pxfgetlogin_)
-QXPORT_ALIAS(pxfctermid_)
-QXPORT_ALIAS(pxfttyname_)

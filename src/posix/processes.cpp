@@ -67,14 +67,6 @@ int32_t ipxfwstopsig_(const int32_t *istat) {
   return *istat >> 8;
 }
 
-QXPORT_ALIAS(pxffork_)
-QXPORT_ALIAS(pxfwait_)
-QXPORT_ALIAS(pxfwaitpid_)
-QXPORT_ALIAS(pxfexit_)
-QXPORT_ALIAS(pxffastexit_)
 QXPORT_ALIAS(pxfwifexited_)
-QXPORT_ALIAS(ipxfwexitstatus_)
 QXPORT_ALIAS(pxfwifsignaled_)
-QXPORT_ALIAS(ipxfwtermsig_)
 QXPORT_ALIAS(pxfwifstopped_)
-QXPORT_ALIAS(ipxfwstopsig_)

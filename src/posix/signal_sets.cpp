@@ -110,12 +110,3 @@ void pxfsigsuspend_(const int32_t *jsigset, int32_t *ierror) {
   const sigset_t set = host_set(reinterpret_cast<const SigsetRecord *>(record)->mask);
   report(sigsuspend(&set), ierror);
 }
-
-QXPORT_ALIAS(pxfsigemptyset_)
-QXPORT_ALIAS(pxfsigfillset_)
-QXPORT_ALIAS(pxfsigaddset_)
-QXPORT_ALIAS(pxfsigdelset_)
-QXPORT_ALIAS(pxfsigismember_)
-QXPORT_ALIAS(pxfsigprocmask_)
-QXPORT_ALIAS(pxfsigpending_)
-QXPORT_ALIAS(pxfsigsuspend_)

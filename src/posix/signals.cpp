@@ -181,9 +181,3 @@ void pxfsleep_(const int32_t *iseconds, int32_t *isecleft, int32_t *ierror) {
   *isecleft = static_cast<int32_t>(sleep(static_cast<unsigned>(*iseconds)));
   *ierror = 0;
 }
-
-QXPORT_ALIAS(pxfsigaction_)
-QXPORT_ALIAS(pxfkill_)
-QXPORT_ALIAS(pxfalarm_)
-QXPORT_ALIAS(pxfpause_)
-QXPORT_ALIAS(pxfsleep_)

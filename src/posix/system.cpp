@@ -89,9 +89,3 @@ void pxfsysconf_(const int32_t *name, int32_t *ival, int32_t *ierror) {
   *ival = static_cast<int32_t>(value);
   *ierror = 0;
 }
-
-QXPORT_ALIAS(pxftime_)
-QXPORT_ALIAS(pxflocaltime_)
-QXPORT_ALIAS(pxftimes_)
-QXPORT_ALIAS(pxfuname_)
-QXPORT_ALIAS(pxfsysconf_)

@@ -128,16 +128,3 @@ void pxftcgetpgrp_(const int32_t *ifildes, int32_t *ipgid, int32_t *ierror) {
 void pxftcsetpgrp_(const int32_t *ifildes, const int32_t *ipgid, int32_t *ierror) {
   report(tcsetpgrp(*ifildes, *ipgid), ierror);
 }
-
-QXPORT_ALIAS(pxftcgetattr_)
-QXPORT_ALIAS(pxftcsetattr_)
-QXPORT_ALIAS(pxfcfgetospeed_)
-QXPORT_ALIAS(pxfcfgetispeed_)
-QXPORT_ALIAS(pxfcfsetospeed_)
-QXPORT_ALIAS(pxfcfsetispeed_)
-QXPORT_ALIAS(pxftcsendbreak_)
-QXPORT_ALIAS(pxftcdrain_)
-QXPORT_ALIAS(pxftcflush_)
-QXPORT_ALIAS(pxftcflow_)
-QXPORT_ALIAS(pxftcgetpgrp_)
-QXPORT_ALIAS(pxftcsetpgrp_)

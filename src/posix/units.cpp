@@ -88,14 +88,3 @@ void pxfputc_(const char *ch, int32_t *ierror, charlen) {
 void pxffputc_(const int32_t *iunit, const char *ch, int32_t *ierror, charlen) {
   write_character(*iunit, ch, ierror);
 }
-
-QXPORT_ALIAS(pxfposixio_)
-QXPORT_ALIAS(pxffileno_)
-QXPORT_ALIAS(pxffdopen_)
-QXPORT_ALIAS(pxffflush_)
-QXPORT_ALIAS(pxffseek_)
-QXPORT_ALIAS(pxfftell_)
-QXPORT_ALIAS(pxfgetc_)
-QXPORT_ALIAS(pxffgetc_)
-QXPORT_ALIAS(pxfputc_)
-QXPORT_ALIAS(pxffputc_)

@@ -160,8 +160,3 @@ void pxfgetpwnam_(const char *name, const int32_t *ilen, const int32_t *jpasswd,
   else
     *ierror = errno;
 }
-
-QXPORT_ALIAS(pxfgetgrgid_)
-QXPORT_ALIAS(pxfgetgrnam_)
-QXPORT_ALIAS(pxfgetpwuid_)
-QXPORT_ALIAS(pxfgetpwnam_)

@@ -90,6 +90,3 @@ int32_t pxfisconst_(const char *constname, charlen constname_len) {
 int32_t qxport_pxfisconst_(const char *constname, charlen constname_len) {
   return find_constant(constname, constname_len) == nullptr ? 0 : 1;
 }
-
-QXPORT_ALIAS(pxfconst_)
-QXPORT_ALIAS(ipxfconst_)

@@ -175,14 +175,3 @@ void pxfeintset_(const int32_t *jhandle, const char *compnam, const int32_t *ind
   if (element != nullptr)
     *element = *value;
 }
-
-QXPORT_ALIAS(pxfintget_)
-QXPORT_ALIAS(pxfintset_)
-QXPORT_ALIAS(pxfint8get_)
-QXPORT_ALIAS(pxfint8set_)
-QXPORT_ALIAS(pxfaintget_)
-QXPORT_ALIAS(pxfaintset_)
-QXPORT_ALIAS(pxfaint8get_)
-QXPORT_ALIAS(pxfaint8set_)
-QXPORT_ALIAS(pxfeintget_)
-QXPORT_ALIAS(pxfeintset_)

@@ -8,18 +8,15 @@ using namespace qxport;
 #define SCALAR(routine, Value, ...)                                                                          \
   void routine(const int32_t *, const char *, Value, int32_t *ierror, __VA_ARGS__) {                         \
     refuse(ierror, ENONAME);                                                                                 \
-  }                                                                                                          \
-  QXPORT_ALIAS(routine)
+  }
 #define ARRAY(routine, Value, ...)                                                                           \
   void routine(const int32_t *, const char *, Value, const int32_t *, int32_t *ierror, __VA_ARGS__) {        \
     refuse(ierror, ENONAME);                                                                                 \
-  }                                                                                                          \
-  QXPORT_ALIAS(routine)
+  }
 #define ELEMENT(routine, Value, ...)                                                                         \
   void routine(const int32_t *, const char *, const int32_t *, Value, int32_t *ierror, __VA_ARGS__) {        \
     refuse(ierror, ENONAME);                                                                                 \
-  }                                                                                                          \
-  QXPORT_ALIAS(routine)
+  }
 
 SCALAR(pxfrealget_, float *, charlen)
 SCALAR(pxfrealset_, const float *, charlen)
@@ -67,7 +64,3 @@ void pxfestrset_(const int32_t *, const char *, const int32_t *, const char *, c
                  int32_t *ierror, charlen, charlen) {
   refuse(ierror, ENONAME);
 }
-
-QXPORT_ALIAS(pxfastrget_)
-QXPORT_ALIAS(pxfastrset_)
-QXPORT_ALIAS(pxfestrset_)

@@ -117,7 +117,3 @@ void pxfestrget_(const int32_t *jhandle, const char *compnam, const int32_t *ind
   const char *member = group->gr_mem == nullptr ? nullptr : group->gr_mem[*index - 1];
   deliver_text({member, member == nullptr ? 0 : strlen(member)}, value, value_len, ilen, ierror);
 }
-
-QXPORT_ALIAS(pxfstrget_)
-QXPORT_ALIAS(pxfstrset_)
-QXPORT_ALIAS(pxfestrget_)

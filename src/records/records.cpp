@@ -198,7 +198,3 @@ void pxfstructfree_(int32_t *jhandle, int32_t *ierror) {
   *jhandle = 0;
   *ierror = 0;
 }
-
-QXPORT_ALIAS(pxfstructcreate_)
-QXPORT_ALIAS(pxfstructcopy_)
-QXPORT_ALIAS(pxfstructfree_)

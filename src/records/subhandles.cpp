@@ -25,6 +25,3 @@ int32_t pxfcallsubhandle_(const int32_t *jhandle, int32_t *ival, int32_t *ierror
   *ierror = 0;
   return answer;
 }
-
-QXPORT_ALIAS(pxfgetsubhandle_)
-QXPORT_ALIAS(pxfcallsubhandle_)

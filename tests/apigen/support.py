@@ -303,6 +303,38 @@ end
 related = ["pair8", "opaque_record", "constants"]
 
 [[routine]]
+name = "pxfsend"
+kind = "subroutine"
+summary = "send a word"
+text = "Sends."
+origin = "this library"
+args = [
+  { name = "word", type = "character(*)", intent = "in", text = "a word" },
+  { name = "times", type = "integer(4)", intent = "in", text = "a number" },
+]
+example = """
+use qxport_posix, only: pxfsend
+call pxfsend('it', 2)
+end
+"""
+
+[[routine]]
+name = "receive"
+kind = "function"
+result = "integer(4)"
+result_text = "0"
+summary = "receive a number"
+text = "Receives."
+origin = "this library"
+binding = "plain"
+args = [{ name = "times", type = "integer(8)", intent = "in", text = "a number" }]
+example = """
+use qxport_posix, only: receive
+if (receive(2_8) /= 0) stop 1
+end
+"""
+
+[[routine]]
 name = "pair8"
 like = "pair"
 kind = "subroutine"

@@ -6,8 +6,8 @@ import unittest
 from support import CatalogueCase
 
 QXPORT = ["$$odd$one_", "ErrCount", "HiddenCells", "bare_cell", "everything_", "fortran_other", "other8_", "pair8_",
-          "pair_", "plain_", "qxport_everything_", "qxport_other8_", "qxport_other_", "qxport_pair8_", "qxport_pair_",
-          "qxport_plain_", "shiftl_"]
+          "pair_", "plain_", "pxfsend_", "qxport_everything_", "qxport_other8_", "qxport_other_", "qxport_pair8_", "qxport_pair_",
+          "qxport_plain_", "receive_", "shiftl_"]
 QXCORE = ["flushqq_", "for_nargs", "qxport_flushqq_"]
 
 

@@ -26,6 +26,7 @@ int32_t shiftl_(void);
 void fortran_other(void);
 void qxport_other_(void);
 void other8_(const int64_t *);
+void pxfsend_(const char *, const int32_t *, qxport_charlen);
 int32_t flushqq_(const int32_t *);
 int32_t for_nargs(void);
 extern int32_t ErrCount;
@@ -70,6 +71,8 @@ class Header(CatalogueCase):
         self.assertIn("int32_t shiftl_(void);", text)
         self.assertNotIn("qxport_shiftl_", text)
         self.assertNotIn("qxport_fortran_other", text)
+        self.assertIn("void pxfsend_(", text)
+        self.assertNotIn("qxport_pxfsend_", text)
 
     def test_macros_mark_their_own_declarations(self):
         self.generate("--only", "header")

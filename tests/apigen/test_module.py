@@ -1,5 +1,6 @@
-"""The Fortran modules compile without warnings and bind to the aliases."""
+"""The Fortran modules compile without warnings and bind to the traditional symbols or to aliases."""
 
+import os
 import subprocess
 import unittest
 
@@ -22,6 +23,7 @@ letters = everything(1, BAD_HANDLE_copy(), sample_record=record, default='x', bu
 call plain(QUOTES, LEAST)
 call other()
 call other(LEAST_LONG)
+call pxfsend('x', receive(LEAST_LONG))
 if (core_flush(6) .neqv. YES) ErrCount = ErrCount + int(HALF)
 contains
   function BAD_HANDLE_copy() result(copy)
@@ -50,6 +52,19 @@ value = 1
 text = "one"
 """
 
+ROUTINE = """
+[[routine]]
+name = "{name}"
+kind = "function"
+result = "{kind}"
+result_text = "a number"
+summary = "do it"
+text = "Does it."
+origin = "this library"
+{more}
+example = "end"
+"""
+
 
 class Module(CatalogueCase):
     def test_compiles_without_warnings(self):
@@ -59,7 +74,7 @@ class Module(CatalogueCase):
                 self.run_clean("gfortran", f"-m{width}", "-std=f2018", "-Wall", "-Werror", "-fsyntax-only",
                                self.out / "fortran/qxport.f90", cwd=self.root)
 
-    def test_user_calls_the_aliases(self):
+    def test_user_calls_what_the_binding_says(self):
         for width in widths():
             with self.subTest(width=width):
                 self.generate("--only", "module", target=width)
@@ -70,14 +85,32 @@ class Module(CatalogueCase):
                 ours = {"qxport_everything_", "qxport_plain_", "qxport_other_", "qxport_other8_", "qxport_flushqq_"}
                 self.assertLessEqual(ours | {"ErrCount"}, needed)
                 self.assertFalse({"everything_", "plain_", "flushqq_"} & needed)
+                self.assertLessEqual({"pxfsend_", "receive_"}, needed)
+                self.assertFalse({"qxport_pxfsend_", "qxport_receive_"} & needed)
 
-    def test_wrong_call_does_not_compile(self):
+    def test_wrong_call_does_not_compile_and_a_plain_binding_says_why(self):
         self.generate("--only", "module")
         self.run_clean("gfortran", "-fsyntax-only", self.out / "fortran/qxport.f90", cwd=self.root)
-        (self.root / "wrong.f90").write_text("use qxport\ncall plain(1, 'x')\nend\n")
-        result = subprocess.run(["gfortran", "-fsyntax-only", "wrong.f90"], cwd=self.root, capture_output=True,
-                                text=True, check=False)
-        self.assertIn("no specific subroutine for the generic", result.stderr)
+        for call, told in (
+            ("call plain(1, 'x')", "no specific subroutine for the generic 'plain'"),
+            ("call pxfsend('x', 2_8)", "Type mismatch in argument 'times'"),
+            ("call pxfsend(2, 3)", "Type mismatch in argument 'word'"),
+            ("call pxfsend('x')", "Missing actual argument for argument 'times'"),
+            ("print *, receive(2)", "Type mismatch in argument 'times'"),
+        ):
+            with self.subTest(call):
+                (self.root / "wrong.f90").write_text(f"use qxport\n{call}\nend\n")
+                result = subprocess.run(["gfortran", "-fsyntax-only", "wrong.f90"], cwd=self.root, check=False,
+                                        capture_output=True, text=True, env=os.environ | {"LC_ALL": "C"})
+                self.assertIn(told, result.stderr)
+
+    def test_only_names_of_ours_alone_are_plain_unasked(self):
+        names = ("pxfa", "ipxfa", "aqq", "aqqi8", "qq", "pxf", "aqqi4", "apxf", "truthqq", "sharedqq")
+        self.write({"posix_more.toml": MORE + "".join(
+            ROUTINE.format(name=name, kind="logical(4)" if name == "truthqq" else "integer(4)", more="")
+            for name in names) + ROUTINE.format(name="shared8qq", kind="integer(4)", more='module_name = "sharedqq"')})
+        plain = [name for name in names if f"qxport_{name}_" not in self.apigen("--list-symbols", "qxport").stdout]
+        self.assertEqual(plain, ["pxfa", "ipxfa", "aqq", "aqqi8"])
 
     def test_each_family_has_a_module_of_its_areas(self):
         self.write({"posix_more.toml": MORE})
@@ -105,7 +138,7 @@ class Module(CatalogueCase):
         self.assertEqual((result.returncode, result.stderr), (0, ""))
         names = sorted(path.name for path in (self.root / "examples").iterdir())
         self.assertEqual(names, ["everything.f90", "flushqq.f90", "fortran_other.f90", "other8.f90", "pair.f90",
-                                 "pair8.f90", "plain.f90"])
+                                 "pair8.f90", "plain.f90", "pxfsend.f90", "receive.f90"])
         self.run_clean("gfortran", "-fsyntax-only", self.out / "fortran/qxport.f90", cwd=self.root)
         for name in names:
             self.run_clean("gfortran", "-fsyntax-only", self.root / "examples" / name, cwd=self.root)

@@ -153,7 +153,7 @@ class ManPages(CatalogueCase):
 
     def test_all_render_without_warnings(self):
         pages = sorted(path.relative_to(self.out / "man") for path in (self.out / "man").rglob("*.*"))
-        self.assertEqual(len(pages), 15)
+        self.assertEqual(len(pages), 17)
         for page in pages:
             with self.subTest(str(page)):
                 self.assertIn("V9.9-009", self.render(page))
@@ -212,7 +212,7 @@ class ManPages(CatalogueCase):
             "   Some of the host's\n       As SIGINT is.\n\n       SIGINT                  the interrupt key\n",
             "       SIGNOTHING              on no host (the host's, or -1 where it has\n",
             "   Own\n       The same everywhere.\n\n       _LEAST                  the least (always -2147483648)\n",
-            "SEE ALSO\n       pair(3f), pair8(3f), qxport(7)\n",
+            "SEE ALSO\n       pair(3f), pxfsend(3f), receive(3f), pair8(3f), qxport(7)\n",
         ):
             self.assertIn(expected, text)
 

@@ -159,9 +159,9 @@ test_complaints() {
 #include <stdint.h>
 #include <string.h>
 
-void qxport_pxfconst_(const char *name, int32_t *value, int32_t *error, intptr_t length) {
+void pxfconst_(const char *name, int32_t *value, int32_t *error, intptr_t length) {
   void (*original)(const char *, int32_t *, int32_t *, intptr_t) =
-      (void (*)(const char *, int32_t *, int32_t *, intptr_t))dlsym(RTLD_NEXT, "qxport_pxfconst_");
+      (void (*)(const char *, int32_t *, int32_t *, intptr_t))dlsym(RTLD_NEXT, "pxfconst_");
   original(name, value, error, length);
   if (strncmp(name, "SIGWINCH ", 9) == 0) {
     *value = -1;
@@ -169,15 +169,15 @@ void qxport_pxfconst_(const char *name, int32_t *value, int32_t *error, intptr_t
   }
 }
 
-void qxport_pxfintset_(const int32_t *handle, const char *name, const int32_t *value, int32_t *error,
+void pxfintset_(const int32_t *handle, const char *name, const int32_t *value, int32_t *error,
                        intptr_t length) {
   (void)handle, (void)value, (void)length;
   *error = strncmp(name, "st_mode ", 8) == 0 ? 126 : 0;
 }
 
-void qxport_pxfstructcreate_(const char *name, int32_t *handle, int32_t *error, intptr_t length) {
+void pxfstructcreate_(const char *name, int32_t *handle, int32_t *error, intptr_t length) {
   void (*original)(const char *, int32_t *, int32_t *, intptr_t) =
-      (void (*)(const char *, int32_t *, int32_t *, intptr_t))dlsym(RTLD_NEXT, "qxport_pxfstructcreate_");
+      (void (*)(const char *, int32_t *, int32_t *, intptr_t))dlsym(RTLD_NEXT, "pxfstructcreate_");
   original(name, handle, error, length);
   if (strncmp(name, "dirent", 6) == 0)
     *error = 127;

@@ -1,14 +1,27 @@
 #!/usr/bin/env bash
-# Every routine is called by a Fortran test, through the module and by its name alone.
+# Every routine is called by a Fortran test through the module, and by another one by its name alone.
 # shellcheck source=common.bash
 source "$(dirname "$0")/common.bash"
+export LC_ALL=C
 
 for library in qxport qxcore; do
   apigen --list-symbols "$library" --target "$TARGET"
-done | grep '_$' | sort >routines
-for program in "$BUILD_DIR"/tests/fortran_*; do
-  [[ ! -f $program || ! -x $program ]] || nm -D --undefined-only "$program"
-done | awk '{ print $NF }' | sed 's/@.*//' | sort -u >called
-[[ -s routines && -s called ]] || fail 'nothing is called'
-comm -23 routines called | expect_empty 'routines that no Fortran test calls'
+done | grep '_$' | sort >exported
+grep '^qxport_' exported >aliases
+grep -v '^qxport_' exported >traditional
+# The module binds to the alias where there is one.
+sed 's/^qxport_//' aliases | sort | comm -23 traditional - | sort - aliases >bound_to
+
+called_by() {
+  local program
+  for program in "$@"; do
+    [[ ! -f $program || ! -x $program ]] || nm -D --undefined-only "$program"
+  done | awk '{ print $NF }' | sed 's/@.*//' | sort -u
+}
+shopt -s extglob
+called_by "$BUILD_DIR"/tests/fortran_!(*_external) >by_module
+called_by "$BUILD_DIR"/tests/fortran_*_external >by_name
+[[ -s bound_to && -s by_module && -s by_name ]] || fail 'nothing is called'
+comm -23 bound_to by_module | expect_empty 'routines that no Fortran test calls through the module'
+comm -23 traditional by_name | expect_empty 'routines that no Fortran test calls by their names alone'
 finish

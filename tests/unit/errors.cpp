@@ -67,8 +67,7 @@ TEST(Ierrno, HoldsTheLastOfTwoFailures) {
 class Getlasterror : public testing::TestWithParam<int32_t (*)()> {};
 
 INSTANTIATE_TEST_SUITE_P(Routines, Getlasterror,
-                         testing::Values(&getlasterror_, &getlasterrorqq_, &qxport_getlasterror_,
-                                         &qxport_getlasterrorqq_));
+                         testing::Values(&getlasterror_, &getlasterrorqq_, &qxport_getlasterror_));
 
 TEST_P(Getlasterror, ReadsErrno) {
   for (const int number : {0, ENOENT, ERRNO_SENTINEL, -1}) {

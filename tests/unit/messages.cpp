@@ -238,7 +238,7 @@ TEST(Matherrqq, LineIsWrittenAtOnceOnStandardOutput) {
     const int16_t length = 3;
     int32_t type = 6;
     int16_t answer;
-    qxport_matherrqq_("EXP", &length, &type, &answer, 3);
+    matherrqq_("EXP", &length, &type, &answer, 3);
     _exit(0);
   });
   EXPECT_EQ(child.out, "EXP: Partial loss of precision\n");

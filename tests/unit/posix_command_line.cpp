@@ -37,7 +37,7 @@ Argument argument(int32_t m, size_t length) {
 // variable of the length that argument 2 names.
 void tell_arguments(const char *length) {
   std::ostringstream told;
-  told << ipxfargc_() << ' ' << qxport_ipxfargc_() << '\n';
+  told << ipxfargc_() << '\n';
   for (int32_t m = -1; m <= ipxfargc_() + 1; ++m)
     told << m << ' ' << argument(m, strtoul(length, nullptr, 10)) << '\n';
   const std::string text = told.str();
@@ -65,7 +65,7 @@ std::string expected(size_t length, const std::vector<std::string> &arguments) {
   all.insert(all.end(), arguments.begin(), arguments.end());
   const Argument none = {std::string(length, ' '), 0, refused(EINVAL)};
   std::ostringstream text;
-  text << all.size() - 1 << ' ' << all.size() - 1 << "\n-1 " << none << '\n';
+  text << all.size() - 1 << "\n-1 " << none << '\n';
   for (size_t m = 0; m < all.size(); ++m) {
     const bool fits = all[m].size() <= length;
     text << m << ' '
@@ -108,11 +108,6 @@ TEST(CommandLine, IsThereForTheProgramsOwnConstructors) {
 TEST(CommandLine, FarNumbersAreNoArguments) {
   for (const int32_t m : {INT32_MIN, -2, 100000, INT32_MAX})
     EXPECT_EQ(argument(m, 3), (Argument{"   ", 0, refused(EINVAL)})) << m;
-}
-
-TEST(CommandLine, ModuleNamesAreTheSameRoutines) {
-  expect_same_routine(qxport_pxfgetarg_, pxfgetarg_);
-  expect_same_routine(qxport_ipxfargc_, ipxfargc_);
 }
 
 // A program's main may shorten its argument list, as parsers of options do.

@@ -232,12 +232,6 @@ TEST_F(Setenv, LongNameAndValue) {
   EXPECT_EQ(made(name, 100000, value, 100000), name + "=" + value);
 }
 
-TEST_F(Setenv, ModuleNamesAreTheSameRoutines) {
-  expect_same_routine(qxport_pxfgetenv_, pxfgetenv_);
-  expect_same_routine(qxport_pxfsetenv_, pxfsetenv_);
-  expect_same_routine(qxport_pxfclearenv_, pxfclearenv_);
-}
-
 class Clearenv : public Variables {
 protected:
   // errno is not of the contract: an entry that the host rejects may leave its error there.

@@ -359,12 +359,6 @@ TEST(Execv, SiblingsDoNotSearch) {
   EXPECT_EQ(failing(Routine::Execve, "ls", 0, Array(2, {"ls"})), failed_with(ENOENT));
 }
 
-TEST(Execv, ModuleNamesAreTheSameRoutines) {
-  expect_same_routine(qxport_pxfexecv_, pxfexecv_);
-  expect_same_routine(qxport_pxfexecve_, pxfexecve_);
-  expect_same_routine(qxport_pxfexecvp_, pxfexecvp_);
-}
-
 }  // namespace
 
 // Under a name without a slash, or none, a test has started this program to tell what it got.

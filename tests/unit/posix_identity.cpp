@@ -292,8 +292,7 @@ void expect_name(Routine routine, const std::string &name, const Outcome &fits, 
 
 // errno is set in both cases, to 0 and to 129.
 void expect_login() {
-  for (const auto routine : {&pxfgetlogin_, &qxport_pxfgetlogin_})
-    expect_name(routine, login, refused(0, 0), refused(CUT, CUT));
+  expect_name(&pxfgetlogin_, login, refused(0, 0), refused(CUT, CUT));
 }
 
 TEST(Getlogin, NameThatFits) {
@@ -336,8 +335,7 @@ TEST(Getlogin, NegativeHiddenLengthStoresNothing) {
 TEST(Ctermid, IsTheHosts) {
   const std::string name = ctermid(nullptr);
   EXPECT_EQ(name, "/dev/tty");
-  for (const auto routine : {&pxfctermid_, &qxport_pxfctermid_})
-    expect_name(routine, name, succeeded(), refused(CUT, ERANGE));
+  expect_name(&pxfctermid_, name, succeeded(), refused(CUT, ERANGE));
 }
 
 class Terminal : public testing::Test {
@@ -396,10 +394,6 @@ Answer is_terminal(int32_t fd) {
 TEST_F(Terminal, IsattyAnswers1) {
   EXPECT_EQ(is_terminal(slave_), (Answer{1, 0}));
   EXPECT_EQ(is_terminal(master_), (Answer{1, 0}));
-  const int32_t fd = slave_;
-  Guarded<int32_t> isatty(SENTINEL);
-  EXPECT_EQ(reported_by([&](int32_t *ierror) { qxport_pxfisatty_(&fd, &isatty, ierror); }), succeeded());
-  EXPECT_EQ(isatty, 1);
 }
 
 TEST_F(Terminal, IsattyOfAnythingElseIs0WithoutAnError) {

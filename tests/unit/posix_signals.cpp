@@ -340,8 +340,4 @@ TEST_F(Signals, ErrorStateStaysWhereNothingIsToBeCalled) {
             untouched());
 }
 
-TEST(Signal, ModuleNameIsTheSameRoutine) {
-  expect_same_routine(qxport_pxfsigaction_, pxfsigaction_);
-}
-
 }  // namespace

@@ -140,11 +140,4 @@ TEST_F(Signals, NegativeSecondsOfASleepAreManySeconds) {
   }
 }
 
-TEST(Signal, ModuleNamesAreTheSameRoutines) {
-  expect_same_routine(qxport_pxfkill_, pxfkill_);
-  expect_same_routine(qxport_pxfalarm_, pxfalarm_);
-  expect_same_routine(qxport_pxfpause_, pxfpause_);
-  expect_same_routine(qxport_pxfsleep_, pxfsleep_);
-}
-
 }  // namespace

@@ -66,13 +66,11 @@ __attribute__((no_sanitize("thread"))) long sysconf(int name) noexcept {
 namespace {
 
 TEST(Pxftime, IsTheSecondsSinceTheEpoch) {
-  for (const auto routine : {&pxftime_, &qxport_pxftime_}) {
-    Guarded<int32_t> itime(SENTINEL);
-    const time_t before = time(nullptr);
-    EXPECT_EQ(reported_by([&](int32_t *ierror) { routine(&itime, ierror); }), succeeded());
-    EXPECT_GE(itime.value(), static_cast<int32_t>(before));
-    EXPECT_LE(itime.value(), static_cast<int32_t>(time(nullptr)));
-  }
+  Guarded<int32_t> itime(SENTINEL);
+  const time_t before = time(nullptr);
+  EXPECT_EQ(reported_by([&](int32_t *ierror) { pxftime_(&itime, ierror); }), succeeded());
+  EXPECT_GE(itime.value(), static_cast<int32_t>(before));
+  EXPECT_LE(itime.value(), static_cast<int32_t>(time(nullptr)));
 }
 
 TEST(Pxftime, NullAddressIsMinus1) {
@@ -144,10 +142,6 @@ TEST(Pxflocaltime, DaylightSavingTimeOfAZone) {
 TEST(Pxflocaltime, ZoneBehindUtcHasTheDayBefore) {
   const TimeZone zone("EST5");
   EXPECT_EQ(local_time(0), (Calendar{0, 0, 19, 31, 12, 1969, 3, 365, 0}));
-}
-
-TEST(Pxflocaltime, ModuleNameIsTheSameRoutine) {
-  expect_same_routine(qxport_pxflocaltime_, pxflocaltime_);
 }
 
 TEST(Pxflocaltime, FailureIsTheHostsErrorAndTheArrayStays) {

@@ -193,26 +193,3 @@ TEST_F(Array, NameComesBeforeTheIndex) {
     EXPECT_EQ(value, SENTINEL);
   }
 }
-
-// The module binds to these.
-TEST_F(Array, ModuleNamesAreTheSameRoutines) {
-  const int32_t handle = record;
-  const int32_t index = 2;
-  int32_t ialen = 2;
-  int32_t ierror = SENTINEL;
-  int32_t value[2] = {11, 12};
-  int64_t wide[2] = {13, 14};
-  qxport_pxfaintset_(&handle, "c_cc", value, &ialen, &ierror, 4);
-  EXPECT_EQ(ierror, 0);
-  EXPECT_EQ(elements()[1], 12);
-  qxport_pxfaint8set_(&handle, "c_cc", wide, &ialen, &ierror, 4);
-  EXPECT_EQ(elements()[1], 14);
-  qxport_pxfeintset_(&handle, "c_cc", &index, value, &ierror, 4);
-  EXPECT_EQ(elements()[1], 11);
-  qxport_pxfaintget_(&handle, "c_cc", value, &ialen, &ierror, 4);
-  EXPECT_EQ(value[0], 13);
-  qxport_pxfaint8get_(&handle, "c_cc", wide, &ialen, &ierror, 4);
-  EXPECT_EQ(wide[1], 11);
-  qxport_pxfeintget_(&handle, "c_cc", &index, value, &ierror, 4);
-  EXPECT_EQ(value[0], 11);
-}

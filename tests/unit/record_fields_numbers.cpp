@@ -152,23 +152,3 @@ TEST(IntGet, MaskBitsAreThoseOfTheNumber) {
   EXPECT_EQ(intget(record, "sa_mask", &value), succeeded());
   EXPECT_EQ(value, -2);
 }
-
-// The module binds to these.
-TEST(Numbers, ModuleNamesAreTheSameRoutines) {
-  const OwnedRecord record("tms");
-  const int32_t handle = record;
-  int32_t ierror = SENTINEL;
-  int32_t value = -3;
-  int64_t wide = 8;
-  qxport_pxfintset_(&handle, "tms_utime", &value, &ierror, 9);
-  EXPECT_EQ(ierror, 0);
-  qxport_pxfint8set_(&handle, "tms_stime", &wide, &ierror, 9);
-  EXPECT_EQ(ierror, 0);
-  qxport_pxfintget_(&handle, "tms_stime", &value, &ierror, 9);
-  EXPECT_EQ(ierror, 0);
-  EXPECT_EQ(value, 8);
-  wide = 0;
-  qxport_pxfint8get_(&handle, "tms_utime", &wide, &ierror, 9);
-  EXPECT_EQ(ierror, 0);
-  EXPECT_EQ(wide, 0xFFFFFFFD);
-}

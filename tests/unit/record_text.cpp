@@ -307,19 +307,3 @@ TEST(PasswdText, SetTakesTheLengthAlong) {
   EXPECT_EQ(strset(record, "pw_name", "a longer user name"), succeeded());
   EXPECT_EQ(get(record, "pw_name", 20), whole("a longer user name", 20));
 }
-
-// The module binds to these.
-TEST(TextRoutines, ModuleNamesAreTheSameRoutines) {
-  const OwnedRecord record("dirent");
-  const int32_t handle = record;
-  int32_t ilen = 3;
-  int32_t ierror = SENTINEL;
-  qxport_pxfstrset_(&handle, "d_name", "abc", &ilen, &ierror, 6, 3);
-  EXPECT_EQ(ierror, 0);
-  Character value(5);
-  ilen = SENTINEL;
-  qxport_pxfstrget_(&handle, "d_name", value.data(), &ilen, &ierror, 6, 5);
-  EXPECT_EQ(ierror, 0);
-  EXPECT_EQ(value.text(), "abc  ");
-  EXPECT_EQ(ilen, 3);
-}

@@ -147,13 +147,3 @@ TEST_F(Members, MissingListOrMemberIsEmpty) {
 }
 
 // The module binds to this.
-TEST_F(Members, ModuleNameIsTheSameRoutine) {
-  const int32_t handle = record;
-  const int32_t index = 1;
-  int32_t ilen = SENTINEL;
-  int32_t ierror = SENTINEL;
-  Character value(3);
-  qxport_pxfestrget_(&handle, "gr_mem", &index, value.data(), &ilen, &ierror, 6, 3);
-  EXPECT_EQ(ierror, 0);
-  EXPECT_EQ(value.text(), "ann");
-}

@@ -233,23 +233,3 @@ TEST(Free, ProcedureOfASigactionStays) {
   EXPECT_EQ(release(&handle), succeeded());
   EXPECT_EQ(get_address_from_handle(procedure, StaticHandles), reinterpret_cast<void *>(&code_made_by));
 }
-
-// The module binds to these.
-TEST(Records, ModuleNamesAreTheSameRoutines) {
-  int32_t first = 0;
-  int32_t second = 0;
-  int32_t ierror = SENTINEL;
-  qxport_pxfstructcreate_("tms", &first, &ierror, 3);
-  EXPECT_EQ(ierror, 0);
-  qxport_pxfstructcreate_("tms", &second, &ierror, 3);
-  EXPECT_EQ(ierror, 0);
-  fill_record(first);
-  qxport_pxfstructcopy_("tms", &first, &second, &ierror, 3);
-  EXPECT_EQ(ierror, 0);
-  EXPECT_EQ(contents_of(second), contents_of(first));
-  for (int32_t *handle : {&first, &second}) {
-    qxport_pxfstructfree_(handle, &ierror);
-    EXPECT_EQ(ierror, 0);
-    EXPECT_EQ(*handle, 0);
-  }
-}

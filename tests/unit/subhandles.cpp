@@ -194,15 +194,3 @@ TEST_F(Subhandles, RecordsDoNotUseUpTheHandles) {
   int32_t ival = 1;
   EXPECT_EQ(call(procedure, &ival), 1002);
 }
-
-// The module binds to these.
-TEST_F(Subhandles, ModuleNamesAreTheSameRoutines) {
-  int32_t handle = 0;
-  int32_t ival = 4;
-  int32_t ierror = SENTINEL;
-  qxport_pxfgetsubhandle_(reinterpret_cast<void (*)()>(twice), &handle, &ierror);
-  EXPECT_EQ(ierror, 0);
-  EXPECT_EQ(handle, handle_of(twice));
-  EXPECT_EQ(qxport_pxfcallsubhandle_(&handle, &ival, &ierror), 1008);
-  EXPECT_EQ(ierror, 0);
-}

@@ -5,7 +5,8 @@ from dataclasses import dataclass, field
 from pathlib import Path
 
 from . import checks, schema
-from .entries import PREFIX, module_names
+from .bindings import with_bindings
+from .entries import PREFIX, alias_symbol, module_names
 from .kinds import Kind, parse_kind
 from .likeness import expanded
 from .records import ConstantGroup, RecordKind, constant_group, record_kind
@@ -34,7 +35,8 @@ class Routine:
     name: str
     symbol: str
     generic: str | None  # the Fortran module's name for it; None keeps it out of the modules
-    specific: str | None  # the external procedure behind the generic name
+    specific: str | None  # the external procedure that the module has an interface of
+    alias: str | None  # the symbol of that procedure, where it is not the traditional one
     result: Kind | None  # of a function
     result_text: str | None
     summary: str
@@ -46,11 +48,6 @@ class Routine:
     related: tuple[str, ...]
     module_why: str | None
     targets: tuple[str, ...]
-
-    @property
-    def alias(self):
-        """The symbol that the module's specific procedure is mangled to."""
-        return f"{self.specific}_" if self.specific else None
 
     def exists_on(self, target):
         return f"{target}-bit" in self.targets
@@ -187,6 +184,7 @@ def load(directory):
             tables.append((path, expanded(tomllib.loads(path.read_text(encoding="utf-8")))))
         except (tomllib.TOMLDecodeError, UnicodeDecodeError) as error:
             problems.append(f"{path}: catalogue: {error}")
+    tables = with_bindings(tables)
     for path, table in tables:
         problems += schema.problems(path, table)
     problems += checks.problems(tables)
@@ -250,6 +248,7 @@ def _routine(table):
         symbol=table.get("symbol", f"{name}_"),
         generic=generic,
         specific=specific,
+        alias=alias_symbol(table),
         result=parse_kind(result) if result else None,
         result_text=table.get("result_text"),
         summary=table["summary"],

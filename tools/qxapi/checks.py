@@ -1,6 +1,7 @@
 """Checks across the files of the catalogue: names and symbols are unique, references lead somewhere."""
 
-from .entries import ENTRIES, PREFIX, entry_name, keys, module_names, page_name
+from .bindings import shared_names
+from .entries import ENTRIES, PREFIX, alias_symbol, entry_name, keys, module_names, page_name
 from .kinds import parse_kind
 from .records import CONSTANTS_PAGE, record_page_name
 
@@ -19,6 +20,7 @@ def problems(tables):
         + _unique(entries, _symbols, "symbol")
         + _module_clashes(entries, areas)
         + _generic_clashes(entries)
+        + _shared_plain_names(entries)
         + _reserved_pages(entries)
         + _unique(entries, _host_constants, "constant")
         + _record_codes(entries)
@@ -65,8 +67,8 @@ def _symbols(what, entry):
         return [entry["name"]]
     if what != "routine":
         return []
-    specific = module_names(entry)[1]
-    return [entry.get("symbol", f"{entry['name']}_")] + ([f"{specific}_"] if specific else [])
+    alias = alias_symbol(entry)
+    return [entry.get("symbol", f"{entry['name']}_")] + ([alias] if alias else [])
 
 
 def _unique(entries, names_of, noun):
@@ -98,6 +100,17 @@ def _generic_clashes(entries):
         f"{path}: {name}: module name `{generic}` is also the name of {others[generic]}"
         for path, what, name, entry in entries
         if what == "routine" and (generic := module_names(entry)[0]) in others and generic != entry["name"]
+    ]
+
+
+def _shared_plain_names(entries):
+    """Several routines of one name make a generic, and what stands behind a generic is an alias."""
+    routines = [(path, name, entry) for path, what, name, entry in entries if what == "routine"]
+    shared = shared_names(entry for _, _, entry in routines if module_names(entry)[0])
+    return [
+        f"{path}: {name}: no plain binding: the module offers several routines as `{module_names(entry)[0]}`"
+        for path, name, entry in routines
+        if entry.get("binding") == "plain" and module_names(entry)[0] in shared
     ]
 
 

@@ -67,6 +67,7 @@ TABLES = {
         "like": (_TEXT, False),
         "module": ((bool,), False),
         "module_why": (_TEXT, False),
+        "binding": (_TEXT, False),
         "targets": ((list,), False),
     },
     "argument": {
@@ -123,12 +124,20 @@ def is_regular(entry):
 
 
 def module_names(entry):
-    """The generic name and the specific procedure's name of a routine, each None where it has no interface."""
+    """The name that the module offers a routine under and its external procedure's, None where it has no interface."""
     regular = is_regular(entry)
     generic = entry.get("module_name", entry["name"] if regular else None)
     if not generic or not entry.get("module", True):
         return None, None
+    if entry.get("binding") == "plain":
+        return generic, generic
     return generic, PREFIX + (entry["name"] if regular else generic)
+
+
+def alias_symbol(entry):
+    """The symbol that a routine has for the module alone, or None."""
+    generic, specific = module_names(entry)
+    return f"{specific}_" if specific != generic else None
 
 
 def page_name(name):

@@ -64,10 +64,11 @@ def _area_module(area, target):
     lines += [f"  public :: {record.name}" for record in area.records]
     lines += [f"  public :: {generic}" for generic in generics]
     for generic, routines in generics.items():
-        lines += [""] + _comment(routines[0].summary, 2) + [f"  interface {generic}"]
+        name = f" {generic}" if any(routine.alias for routine in routines) else ""
+        lines += [""] + _comment(routines[0].summary, 2) + [f"  interface{name}"]
         for routine in routines:
             lines += interface_body(routine)
-        lines += [f"  end interface {generic}"]
+        lines += [f"  end interface{name}"]
     return lines + [f"end module {area.module}"]
 
 
@@ -110,7 +111,7 @@ def fortran_literal(constant):
 
 
 def interface_body(routine):
-    """The specific procedure behind the routine's generic name."""
+    """The external procedure that stands for the routine."""
     names = [argument.name for argument in routine.args]
     heading = f"    {'function' if routine.result else 'subroutine'} {routine.specific}({', '.join(names)})"
     result = None

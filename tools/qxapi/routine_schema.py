@@ -2,6 +2,7 @@
 
 import re
 
+from .bindings import BINDINGS, plain_obstacles
 from .entries import MAX_NAME, PREFIX, SYMBOL, fortran_name, is_regular, keys, module_names
 from .ckeywords import UNSAFE
 from .kinds import parse_kind
@@ -17,7 +18,15 @@ def routine_reasons(entry):
         return [f"`like`: `{entry['like']}` is no routine of this file that is described itself"]
     if reasons := keys(entry, "routine"):
         return reasons
-    return _name(entry) + _module(entry) + _result(entry) + summary_reasons(entry) + _lists(entry) + _args(entry)
+    return (
+        _name(entry)
+        + _module(entry)
+        + _binding(entry)
+        + _result(entry)
+        + summary_reasons(entry)
+        + _lists(entry)
+        + _args(entry)
+    )
 
 
 def _name(entry):
@@ -51,6 +60,17 @@ def _module(entry):
         if "example" not in entry:
             reasons.append("missing key `example` of a routine in a module")
     return reasons
+
+
+def _binding(entry):
+    binding = entry.get("binding")
+    if binding is None:
+        return []
+    if binding not in BINDINGS:
+        return [f"binding `{binding}` is neither of {', '.join(BINDINGS)}"]
+    if not module_names(entry)[0]:
+        return ["`binding` of a routine that is in no module"]
+    return [f"no plain binding: {reason}" for reason in plain_obstacles(entry)] if binding == "plain" else []
 
 
 def _result(entry):

@@ -1,0 +1,51 @@
+#!/usr/bin/env bash
+# What the module binds to: a plain name is one that no compiler takes for another procedure, and of a wrong call of it
+# the compiler says which argument is wrong.
+# shellcheck source=common.bash
+source "$(dirname "$0")/common.bash"
+
+nm -D --defined-only "$QXPORT_LIB/libqxportmt.so" "$QXCORE_LIB/libqxcoremt_gnu.so" |
+  awk '{ print $NF }' | sed 's/@.*//' | sort -u >exported
+grep '^qxport_.*_$' exported >aliases
+
+# Plain names: what the module's source says, less what stands behind a generic name.
+sed -nE 's/^    (function|subroutine) (\w+)\(.*/\2/p' "$GENERATED/fortran/qxport.f90" | grep -v '^qxport_' | sort >plain
+[[ -s plain ]] || fail 'no name is plain'
+
+plain_names_are_exported_and_have_no_alias() {
+  sed 's/$/_/' plain | LC_ALL=C sort | LC_ALL=C comm -23 - <(LC_ALL=C sort exported) |
+    expect_empty 'plain names that no library defines'
+  sed 's/.*/qxport_&_/' plain | grep -xFf - aliases | expect_empty 'plain names with an alias' || true
+}
+
+# A name that is no intrinsic is an error each; so one that is has no line.
+no_compiler_knows_a_plain_name() {
+  local name
+  while read -r name; do
+    printf 'subroutine s_%s\n  intrinsic :: %s\nend\n' "$name" "$name"
+  done <plain >intrinsic.f90
+  LC_ALL=C "$FC" -std=gnu -fsyntax-only -fmax-errors=0 -fdiagnostics-plain-output intrinsic.f90 2>&1 |
+    sed -nE "s/.*'(\w+)' declared INTRINSIC at .* does not exist.*/\1/p" | sort -u >unknown || true
+  comm -23 plain unknown | expect_empty 'plain names of an intrinsic'
+}
+
+no_archive_has_a_plain_name() {
+  local archive
+  for archive in libgfortran.a libcaf_single.a libquadmath.a libgomp.a libc.a libm.a; do
+    archive=$("$FC" "${target_flags[@]}" "-print-file-name=$archive")
+    nm --defined-only "$archive" 2>/dev/null || true  # one that is not here, or is a script of the linker's
+  done | awk 'NF == 3 { print $3 }' | sort -u >archived
+  [[ -s archived ]] || fail 'there are no archives'
+  sed 's/$/_/' plain | grep -xFf - archived | expect_empty 'plain names in an archive of the compiler' || true
+}
+
+wrong_argument_is_named() {
+  "$PYTHON" "$SOURCE_DIR/tests/link/wrong_calls.py" "$SOURCE_DIR/api" aliases "$FC" "${target_flags[@]}" \
+    "${fortran_flags[@]}" | expect_empty 'wrong calls'
+}
+
+plain_names_are_exported_and_have_no_alias
+no_compiler_knows_a_plain_name
+no_archive_has_a_plain_name
+wrong_argument_is_named
+finish
