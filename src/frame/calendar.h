@@ -7,8 +7,8 @@
 
 namespace qxport {
 
-// The fields of an instant, by the zone of TZ as it is at the call; tm_zone stays as it is. False where the
-// year does not fit into them.
+// The fields of an instant, by the zone of TZ as it is at the call; tm_zone stays as it is, and
+// tm_gmtoff counts leap seconds where the zone does. False where the year does not fit into them.
 bool local_fields(time_t instant, struct tm *fields);
 
 // The instant of the fields' year, month, day, hour, minute and second in local time, of whatever range: the

@@ -1,5 +1,7 @@
 #include "frame/offset_cells.h"
 
+#include "frame/civil_time.h"
+
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
@@ -76,8 +78,10 @@ bool host_offset(int64_t instant, ZoneOffset *offset) {
   struct tm fields;
   if (localtime_r(&asked, &fields) == nullptr)
     return false;
-  *offset = {static_cast<int32_t>(fields.tm_gmtoff), fields.tm_isdst > 0};
-  return offset->seconds > -OFFSET_BIAS && offset->seconds < OFFSET_BIAS;
+  // What the host names as offset leaves out the leap seconds of the zones that count them.
+  const int64_t seconds = clock_of(fields) - instant;
+  *offset = {static_cast<int32_t>(seconds), fields.tm_isdst > 0};
+  return seconds > -OFFSET_BIAS && seconds < OFFSET_BIAS;
 }
 
 bool host_offset_of_cell(int64_t cell, ZoneOffset *offset) {

@@ -1,4 +1,5 @@
-// What local time is ahead of UTC, remembered by stretches of time in which it does not change.
+// What the local clock is ahead of the count of seconds, remembered by stretches of time in which it does not
+// change.
 #ifndef QXPORT_FRAME_OFFSET_CELLS_H
 #define QXPORT_FRAME_OFFSET_CELLS_H
 

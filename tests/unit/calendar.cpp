@@ -110,6 +110,28 @@ TEST(Calendar, EverySecondAroundAChange) {
   }
 }
 
+// Zones that count the leap seconds, the one of 2016-12-31 among them.
+TEST(Calendar, LeapSeconds) {
+  for (const char *name : {"right/UTC", "right/Europe/Paris"}) {
+    const TimeZone zone(name);
+    const auto expect = [](time_t instant) {
+      struct tm ours = {};
+      ASSERT_TRUE(local_fields(instant, &ours));
+      const struct tm *hosts = localtime(&instant);
+      Fields expected = fields_of(*hosts), got = fields_of(ours);
+      expected.offset = got.offset = 0;
+      EXPECT_EQ(got, expected) << instant;
+      struct tm copy = *hosts;
+      copy.tm_isdst = -1;
+      EXPECT_EQ(local_instant(*hosts), mktime(&copy));
+    };
+    for (time_t instant = 1483228800; instant < 1483228800 + 60; ++instant)
+      expect(instant);
+    for (time_t instant = 0; instant < YEAR_2023; instant += 1234567)
+      expect(instant);
+  }
+}
+
 TEST(Calendar, HourThatIsLeftOutIsAsMktimeHasIt) {
   const TimeZone zone("Europe/Paris");
   struct tm fields = {};
