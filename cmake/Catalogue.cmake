@@ -35,18 +35,32 @@ add_custom_command(
   VERBATIM)
 add_custom_target(qxport_catalogue DEPENDS ${QXPORT_GENERATED}/stamp)
 
-# The modules hold interfaces only, so they are checked for syntax and leave .mod files, no object code.
+# The numbers are those of the host's headers, as this target's compiler sees them: a program prints their module.
+set(QXPORT_NUMBERS_SOURCE ${QXPORT_GENERATED}/fortran/qxport_numbers.f90)
+add_executable(qxport_print_numbers ${PROJECT_SOURCE_DIR}/fortran/numbers.c)
+target_compile_definitions(qxport_print_numbers PRIVATE _GNU_SOURCE)
+target_include_directories(qxport_print_numbers PRIVATE ${QXPORT_GENERATED}/private)
+add_dependencies(qxport_print_numbers qxport_catalogue)
+add_custom_command(
+  OUTPUT ${QXPORT_NUMBERS_SOURCE}
+  COMMAND qxport_print_numbers ${QXPORT_NUMBERS_SOURCE}
+  DEPENDS qxport_print_numbers
+  COMMENT "Printing the module of the host's numbers"
+  VERBATIM)
+
+# The modules hold interfaces and parameters only, so they are checked for syntax and leave .mod files, no object code.
 set(module_flags -std=f2018 -Wall -Werror -fsyntax-only)
 if(QXPORT_M32)
   list(APPEND module_flags -m32)
 endif()
 add_custom_command(
   OUTPUT ${QXPORT_MODULE_DIR}/stamp
-  BYPRODUCTS ${QXPORT_MODULE_DIR}/qxport.mod
+  BYPRODUCTS ${QXPORT_MODULE_DIR}/qxport.mod ${QXPORT_MODULE_DIR}/qxport_numbers.mod
   COMMAND ${CMAKE_COMMAND} -E make_directory ${QXPORT_MODULE_DIR}
   COMMAND ${CMAKE_Fortran_COMPILER} ${module_flags} -J ${QXPORT_MODULE_DIR} ${QXPORT_MODULE_SOURCE}
+          ${QXPORT_NUMBERS_SOURCE}
   COMMAND ${CMAKE_COMMAND} -E touch ${QXPORT_MODULE_DIR}/stamp
-  DEPENDS ${QXPORT_MODULE_SOURCE} qxport_catalogue
+  DEPENDS ${QXPORT_MODULE_SOURCE} ${QXPORT_NUMBERS_SOURCE} qxport_catalogue
   COMMENT "Compiling the Fortran modules"
   VERBATIM)
 add_custom_target(qxport_modules ALL DEPENDS ${QXPORT_MODULE_DIR}/stamp)

@@ -6,7 +6,7 @@ install(TARGETS qxport_shared qxport_static
         EXPORT qxportTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(FILES ${QXPORT_HEADER} ${QXPORT_MODULE_SOURCE} DESTINATION include/qxport)
+install(FILES ${QXPORT_HEADER} ${QXPORT_MODULE_SOURCE} ${QXPORT_NUMBERS_SOURCE} DESTINATION include/qxport)
 # Modules are the compiler's own format: those of another one come from the source installed beside them.
 install(DIRECTORY ${QXPORT_MODULE_DIR}/ DESTINATION include/qxport FILES_MATCHING PATTERN "*.mod")
 install(DIRECTORY ${QXPORT_GENERATED}/man/ DESTINATION share/man)

@@ -5,7 +5,8 @@ module fsh_jobs
   use qxport, only: pxfgetsubhandle, pxfintset, pxfkill, pxfsetpgid, pxfsigaction, pxfsigaddset, pxfsigprocmask
   use qxport, only: pxfstructcreate, pxfstructfree
   use qxport, only: pxftcgetattr, pxftcgetpgrp, pxftcsetattr, pxftcsetpgrp, pxfwaitpid, pxfwifexited, pxfwifsignaled
-  use qxport, only: pxfwifstopped, pxfwrite, TCSADRAIN
+  use qxport, only: pxfwifstopped, pxfwrite
+  use qxport_numbers, only: TCSADRAIN
   use, intrinsic :: iso_fortran_env, only: error_unit
   implicit none
   private

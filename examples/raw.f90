@@ -2,7 +2,8 @@
 ! whichever way the program ends.
 module raw_terminal
   use qxport, only: CC_MIN, CC_TIME, pxfconst, pxfeintset, pxffastexit, pxfgetsubhandle, pxfintget, pxfintset
-  use qxport, only: pxfsigaction, pxfstructcopy, pxfstructcreate, pxftcgetattr, pxftcsetattr, TCSAFLUSH, TCSANOW
+  use qxport, only: pxfsigaction, pxfstructcopy, pxfstructcreate, pxftcgetattr, pxftcsetattr
+  use qxport_numbers, only: TCSAFLUSH, TCSANOW
   implicit none
   private
   public :: constant, enter_raw_mode, leave_raw_mode

@@ -283,8 +283,18 @@ names = [
 title = "Own"
 text = "The same everywhere."
 names = [
-  { name = "_LEAST", text = "the least", value = -2147483648 },
+  { name = "_LEAST_OF_ALL", text = "the least", value = -2147483648 },
   { name = "NSIG", text = "a macro with another value", value = 7 },
+]
+
+[[constant_group]]
+title = "Parameters only"
+text = "Beside `SIGINT`."
+by_name = false
+names = [
+  { name = "SA_SIGINFO", text = "more is told" },
+  { name = "_SC_NPROCESSORS_ONLN", text = "processors" },
+  { name = "A_NAME_OF_MORE_THAN_24_CHARACTERS", text = "on no host", may_lack = true },
 ]
 
 [[routine]]

@@ -47,7 +47,7 @@ class Command(CatalogueCase):
         self.assertEqual(self.lines("--list-outputs", "--only", "header", "--out", "/x"),
                          ["/x/include/qxport/qxport.h"])
         self.assertEqual(self.lines("--list-outputs", "--only", "private"),
-                         ["private/qxport_records.h", "private/qxport_constants.inc"])
+                         ["private/qxport_records.h", "private/qxport_constants.inc", "private/qxport_numbers.inc"])
 
     def test_only_the_kinds_asked_for(self):
         self.generate("--only", "header,symbols")

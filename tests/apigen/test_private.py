@@ -6,6 +6,7 @@ import unittest
 from support import APIGEN, CatalogueCase, widths
 
 SOURCES = APIGEN.parents[1] / "src"  # component.h, over whose types the tables are made
+NUMBERS = APIGEN.parents[1] / "fortran/numbers.c"
 CXX = ("g++", "-std=c++20", "-D_GNU_SOURCE", "-Wall", "-Wextra", "-Wpedantic", "-Wshadow", "-Wconversion", "-Werror")
 
 # The headers come first: their macros must not change the structures.
@@ -60,6 +61,7 @@ static_assert(row(6, FoldedName("second"), ComponentType::String, AT(second), 0,
 
 CONSTANTS = """
 #include <signal.h>
+#include <unistd.h>
 #include <cstdint>
 #include <cstdio>
 struct Constant { const char *name; int64_t value; };
@@ -93,7 +95,28 @@ class Private(CatalogueCase):
         result = self.compile(CONSTANTS, "64", "-o", str(self.root / "constants"))
         self.assertEqual((result.returncode, result.stderr), (0, ""))
         self.assertEqual(self.run_clean(self.root / "constants").splitlines(),
-                         ["SIGINT 2", "SIGTERM 15", "SIGNOTHING -1", "_LEAST -2147483648", "NSIG 7"])
+                         ["SIGINT 2", "SIGTERM 15", "SIGNOTHING -1", "_LEAST_OF_ALL -2147483648", "NSIG 7"])
+
+    def test_numbers_are_all_of_these_without_leading_underscores(self):
+        result = self.compile(CONSTANTS.replace("CONSTANT(", "NUMBER(").replace("qxport_constants", "qxport_numbers"),
+                              "64", "-o", str(self.root / "numbers"))
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        self.assertEqual(self.run_clean(self.root / "numbers").splitlines(),
+                         ["SIGINT 2", "SIGTERM 15", "SIGNOTHING -1", "LEAST_OF_ALL -2147483648", "NSIG 7", "SA_SIGINFO 4",
+                          "SC_NPROCESSORS_ONLN 84", "A_NAME_OF_MORE_THAN_24_CHARACTERS -1"])
+
+    def test_module_of_numbers(self):
+        for width in widths():
+            with self.subTest(width=width):
+                self.run_clean("gcc", f"-m{width}", "-Wall", "-Wextra", "-Werror", "-D_GNU_SOURCE",
+                               f"-I{self.out}/private", NUMBERS, "-o", self.root / "numbers")
+                self.run_clean(self.root / "numbers", self.root / "numbers.f90")
+                (self.root / "user.f90").write_text("use qxport_numbers\nif (LEAST_OF_ALL /= -huge(0) - 1) stop 1\n"
+                                                    "if (SA_SIGINFO /= 4 .or. NSIG /= 7) stop 2\nend\n")
+                self.run_clean("gfortran", f"-m{width}", "-std=f2018", "-Wall", "-Werror", "numbers.f90", "user.f90", "-o",
+                               "user", cwd=self.root)
+                self.run_clean("./user", cwd=self.root)
+        self.assertNotEqual(subprocess.run([self.root / "numbers"], check=False).returncode, 0)
 
     def test_name_that_the_host_lacks_fails_the_build(self):
         text = (self.api / "posix_binding.toml").read_text()

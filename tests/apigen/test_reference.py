@@ -52,7 +52,8 @@ class Html(CatalogueCase):
         self.pages = {path.name: Page(path.read_text(encoding="utf-8")) for path in (self.out / "html").glob("*.html")}
 
     def test_pages(self):
-        self.assertEqual(sorted(self.pages), ["bare.html", "binding.html", "index.html", "run.html", "sample.html"])
+        self.assertEqual(sorted(self.pages), ["bare.html", "binding.html", "index.html",
+                                              "qxport_numbers.html", "run.html", "sample.html"])
         self.assertTrue((self.out / "html/style.css").is_file())
 
     def test_well_formed_and_accessible(self):
@@ -81,7 +82,9 @@ class Html(CatalogueCase):
         for place in ("sample.html#everything", "sample.html#odd_one", "sample.html#sample_record",
                       "sample.html#LEAST", "sample.html#ErrCount", "run.html#flushqq", "run.html#service-for_nargs",
                       "binding.html#pair", "binding.html#pair_record", "binding.html#opaque_record",
-                      "binding.html#constants", "binding.html#SIGINT", "binding.html#_LEAST"):
+                      "binding.html#constants", "binding.html#SIGINT", "binding.html#_LEAST_OF_ALL",
+                      "qxport_numbers.html", "qxport_numbers.html#SA_SIGINFO",
+                      "qxport_numbers.html#SC_NPROCESSORS_ONLN"):
             self.assertIn(place, self.pages["index.html"].links)
 
     def test_names_in_text_and_related_names_are_links(self):
@@ -109,8 +112,18 @@ class Html(CatalogueCase):
     def test_constants_show_no_value_of_the_host(self):
         text = self.pages["binding.html"].text
         for row in ("SIGINTthe host'sthe interrupt key", "SIGNOTHINGthe host's, or -1 where it has noneon no host",
-                    "_LEASTalways -2147483648the least"):
+                    "_LEAST_OF_ALLalways -2147483648the least"):
             self.assertIn(row, text)
+        self.assertNotIn("SA_SIGINFO", text)
+
+    def test_numbers_have_a_page(self):
+        text = self.pages["qxport_numbers.html"].text
+        for row in ("use qxport_numbers, only:", "SA_SIGINFOthe host'smore is told", "SC_NPROCESSORS_ONLNthe host'sprocessors",
+                    "A_NAME_OF_MORE_THAN_24_CHARACTERSthe host's, or -1 where it has noneon no host"):
+            self.assertIn(row, text)
+        self.assertNotIn("_SC_", text)
+        self.assertNotIn("the interrupt key", text)
+        self.assertIn("binding.html#SIGINT", self.pages["qxport_numbers.html"].links)
 
     def test_names_of_records_and_constants_are_links(self):
         links = self.pages["binding.html"].links
@@ -153,7 +166,7 @@ class ManPages(CatalogueCase):
 
     def test_all_render_without_warnings(self):
         pages = sorted(path.relative_to(self.out / "man") for path in (self.out / "man").rglob("*.*"))
-        self.assertEqual(len(pages), 17)
+        self.assertEqual(len(pages), 18)
         for page in pages:
             with self.subTest(str(page)):
                 self.assertIn("V9.9-009", self.render(page))
@@ -211,10 +224,22 @@ class ManPages(CatalogueCase):
         for expected in (
             "   Some of the host's\n       As SIGINT is.\n\n       SIGINT                  the interrupt key\n",
             "       SIGNOTHING              on no host (the host's, or -1 where it has\n",
-            "   Own\n       The same everywhere.\n\n       _LEAST                  the least (always -2147483648)\n",
-            "SEE ALSO\n       pair(3f), pxfsend(3f), receive(3f), pair8(3f), qxport(7)\n",
+            "   Own\n       The same everywhere.\n\n       _LEAST_OF_ALL           the least (always -2147483648)\n",
+            "SEE ALSO\n       pair(3f), pxfsend(3f), receive(3f), pair8(3f), qxport_numbers(3f),\n       qxport(7)\n",
         ):
             self.assertIn(expected, text)
+
+    def test_numbers(self):
+        text = self.render("man3/qxport_numbers.3f")
+        for expected in (
+            "   Parameters only\n       Beside SIGINT.\n\n       SA_SIGINFO              more is told\n"
+            "       SC_NPROCESSORS_ONLN     processors\n",
+            "SEE ALSO\n       constants(3f), qxport(7)\n",
+        ):
+            self.assertIn(expected, text)
+        self.assertNotIn("NSIG", text)
+        self.assertNotIn("SA_SIGINFO", self.render("man3/constants.3f"))
+        self.assertIn("qxport_numbers(3f)", self.render("man7/qxport.7"))
 
     def test_routine_like_another(self):
         text = self.render("man3/pair8.3f")

@@ -35,7 +35,7 @@ PROGRAM
 promised_files_are_there() {
   local file
   for file in lib/libqxportmt.{so,a} lib/libqxportmt.so.1 lib/libqxcoremt_{gnu,posix}.{so,a} \
-    lib/libqxcoremt_{gnu,posix}.so.1 include/qxport/qxport.{h,mod,f90} lib/pkgconfig/qxport.pc \
+    lib/libqxcoremt_{gnu,posix}.so.1 include/qxport/qxport.{h,mod,f90} include/qxport/qxport_numbers.{mod,f90} lib/pkgconfig/qxport.pc \
     lib/cmake/qxport/qxportConfig{,Version}.cmake share/man/man3/access.3f share/doc/qxport/html/index.html \
     share/doc/qxport/LICENSE; do
     [[ -s $prefix/$file ]] || fail "$file is not installed"

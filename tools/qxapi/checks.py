@@ -3,7 +3,7 @@
 from .bindings import shared_names
 from .entries import ENTRIES, PREFIX, alias_symbol, entry_name, keys, module_names, page_name
 from .kinds import parse_kind
-from .records import CONSTANTS_PAGE, record_page_name
+from .records import CONSTANTS_PAGE, NUMBERS, parameter_name, record_page_name
 
 # Known by text at run time, or by their C names.
 _OUTSIDE_OF_FORTRAN = ("record", "constant_group", "service")
@@ -22,7 +22,8 @@ def problems(tables):
         + _generic_clashes(entries)
         + _shared_plain_names(entries)
         + _reserved_pages(entries)
-        + _unique(entries, _host_constants, "constant")
+        + _unique(entries, _parameters, "constant")
+        + _parameter_clashes(entries)
         + _record_codes(entries)
         + _references(entries, tables)
     )
@@ -85,7 +86,7 @@ def _unique(entries, names_of, noun):
 def _module_clashes(entries, areas):
     """A module and an external procedure are both global names of a Fortran program."""
     modules = {f"{PREFIX}{area[key]}" for _, area in areas for key in ("name", "family")}
-    modules |= {"qxport", "qxport_record_types"}
+    modules |= {"qxport", "qxport_record_types", NUMBERS}
     return [
         f"{path}: {name}: its procedure `{specific}` clashes with the module of that name"
         for path, what, name, entry in entries
@@ -122,10 +123,30 @@ def _reserved_pages(entries):
     ]
 
 
-def _host_constants(what, entry):
+def _parameters(what, entry):
     if what != "constant_group":
         return []
-    return [str(constant.get("name")) for constant in entry["names"] if isinstance(constant, dict)]
+    return [parameter_name(str(constant.get("name"))) for constant in entry["names"] if isinstance(constant, dict)]
+
+
+def _parameter_clashes(entries):
+    """A program may use the module of numbers beside all others, so no name of theirs is a parameter's."""
+    parameters = {
+        parameter.lower(): path
+        for path, what, _, entry in entries
+        for parameter in _parameters(what, entry)
+    }
+    return [
+        f"{path}: {name}: a constant in {parameters[offered].name} has the parameter `{offered}`"
+        for path, what, name, entry in entries
+        for offered in sorted({*_fortran_names(what, entry), *_module_names(what, entry)})
+        if offered in parameters
+    ]
+
+
+def _module_names(what, entry):
+    generic = module_names(entry)[0] if what == "routine" else None
+    return [generic] if generic else []
 
 
 def _record_codes(entries):
@@ -141,7 +162,7 @@ def _record_codes(entries):
 def _references(entries, tables):
     records, routines = _all_names(tables, "type"), _all_names(tables, "routine")
     pages = records | routines | {record_page_name(name) for name in _all_names(tables, "record")}
-    pages |= {CONSTANTS_PAGE} if _all_names(tables, "constant_group") else set()
+    pages |= {CONSTANTS_PAGE, NUMBERS} if _all_names(tables, "constant_group") else set()
     found = []
     for path, what, name, entry in (e for e in entries if e[1] == "routine"):
         for related in map(str, entry.get("related", [])):

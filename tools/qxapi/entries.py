@@ -41,7 +41,12 @@ TABLES = {
         "unchecked": ((bool,), False),
         "unsigned": ((bool,), False),
     },
-    "constant_group": {"title": (_TEXT, True), "text": (_TEXT, True), "names": ((list,), True)},
+    "constant_group": {
+        "title": (_TEXT, True),
+        "text": (_TEXT, True),
+        "names": ((list,), True),
+        "by_name": ((bool,), False),
+    },
     "host_constant": {
         "name": (_TEXT, True),
         "text": (_TEXT, True),

@@ -8,6 +8,10 @@ from .prose import (
     COMPILE,
     CONSTANTS,
     INTENTS,
+    NUMBERS_SUMMARY,
+    NUMBERS_TEXT,
+    NUMBERS_TITLE,
+    USE_NUMBERS,
     c_synopsis,
     component_capacity,
     component_type,
@@ -21,27 +25,42 @@ from .prose import (
     spans,
     synopsis,
 )
-from .records import CONSTANTS_PAGE
+from .records import CONSTANTS_PAGE, NUMBERS
+
+
+_TO_INDEX = '<nav aria-label="Site"><a href="index.html">All areas</a></nav>\n'
 
 
 def outputs(catalogue, options):
     writer = _Writer(catalogue, options)
     pages = {"html/index.html": writer.index(), "html/style.css": STYLE}
     pages |= {f"html/{area.name}.html": writer.area(area) for area in catalogue.areas}
-    return pages
+    return pages | ({f"html/{NUMBERS}.html": writer.numbers()} if catalogue.constant_groups else {})
 
 
-def _names(area):
-    """(name, anchor, what it is, a few words) of every entry of an area."""
+def _names(catalogue):
+    """(name, place, what it is, a few words) of every entry."""
+    for area in catalogue.areas:
+        for name, anchor, what, text in _names_of_area(area):
+            yield name, f"{area.name}.html#{anchor}", what, text
+    if catalogue.constant_groups:
+        yield NUMBERS, f"{NUMBERS}.html", "module", NUMBERS_SUMMARY
+    for constant in (c for group in catalogue.constant_groups if not group.by_name for c in group.names):
+        yield constant.parameter, f"{NUMBERS}.html#{constant.parameter}", "constant", constant.text
+
+
+def _names_of_area(area):
+    """(name, anchor, what it is, a few words) of what its page describes."""
     for routine in area.routines:
         yield routine.name, page_name(routine.name), "routine", routine.summary
     for record in area.records:
         yield record.name, page_name(record.name), "type", f"record of {record.bytes} bytes"
     for kind in area.record_kinds:
         yield kind.page, kind.page, "record", kind.summary
-    if area.constant_groups:
+    groups = [group for group in area.constant_groups if group.by_name]
+    if groups:
         yield CONSTANTS_PAGE, CONSTANTS_PAGE, "constants", "all that a program knows by name"
-    for constant in (c for group in area.constant_groups for c in group.names):
+    for constant in (c for group in groups for c in group.names):
         yield constant.name, constant.name, "named constant", constant.text
     for constant in area.constants:
         yield constant.name, page_name(constant.name), "constant", constant.text
@@ -58,17 +77,17 @@ class _Writer:
         self.catalogue = catalogue
         self.options = options
         self.places = {}
-        for area in catalogue.areas:
-            for name, anchor, _, _ in _names(area):
-                self.places.setdefault(name, f"{area.name}.html#{anchor}")
+        for name, place, _, _ in _names(catalogue):
+            self.places.setdefault(name, place)
 
     def index(self):
         areas = "".join(
             f'<li><a href="{area.name}.html">{escape(area.title)}</a></li>\n' for area in self.catalogue.areas
         )
+        if self.catalogue.constant_groups:
+            areas += f'<li><a href="{NUMBERS}.html">{NUMBERS_TITLE}</a></li>\n'
         names = sorted(
-            ((name, f"{area.name}.html#{anchor}", what, text)
-             for area in self.catalogue.areas for name, anchor, what, text in _names(area)),
+            _names(self.catalogue),
             key=lambda entry: (entry[0].lower(), entry[1]),
         )
         items = "".join(self._index_item(*entry) for entry in names)
@@ -114,8 +133,9 @@ class _Writer:
             body += "<h2>Types</h2>\n" + "".join(self._record(record) for record in area.records)
         if area.record_kinds:
             body += "<h2>Records</h2>\n" + "".join(self._record_kind(kind) for kind in area.record_kinds)
-        if area.constant_groups:
-            body += self._constant_groups(area.constant_groups)
+        if any(group.by_name for group in area.constant_groups):
+            body += f'<h2 id="{CONSTANTS_PAGE}">Constants by name</h2>\n' + self._prose(CONSTANTS)
+            body += self._constant_groups([group for group in area.constant_groups if group.by_name])
         if area.constants:
             body += "<h2>Constants</h2>\n" + self._constants(area.constants)
         if area.data:
@@ -127,7 +147,14 @@ class _Writer:
                 self._declared(s.symbol, f"service-{s.symbol}", f"{' '.join(s.c.split())};", s.text)
                 for s in area.services
             ) + "</dl>\n"
-        return self._page(area.title, body, nav='<nav aria-label="Site"><a href="index.html">All areas</a></nav>\n')
+        return self._page(area.title, body, _TO_INDEX)
+
+    def numbers(self):
+        body = f"<h1>{NUMBERS_TITLE}</h1>\n{self._code([USE_NUMBERS], 'Use of the module')}"
+        body += self._prose(NUMBERS_TEXT, NUMBERS)
+        body += "<h2>Beside the constants by name</h2>\n"
+        groups = [group for group in self.catalogue.constant_groups if not group.by_name]
+        return self._page(NUMBERS_TITLE, body + self._constant_groups(groups), _TO_INDEX)
 
     def _routine(self, routine):
         parts = [f"<h3><code>{escape(routine.name)}</code></h3>\n<p>{self._text(routine.summary)}</p>\n"]
@@ -205,11 +232,12 @@ class _Writer:
         return f'<section class="entry" id="{kind.page}">\n{body}</section>\n'
 
     def _constant_groups(self, groups):
-        body = f'<h2 id="{CONSTANTS_PAGE}">Constants by name</h2>\n' + self._prose(CONSTANTS)
+        body = ""
         for group in groups:
+            names = [constant.name if group.by_name else constant.parameter for constant in group.names]
             rows = [
-                (f'<code id="{c.name}">{c.name}</code>', escape(host_value(c), quote=False), self._text(c.text))
-                for c in group.names
+                (f'<code id="{name}">{name}</code>', escape(host_value(constant), quote=False), self._text(constant.text))
+                for name, constant in zip(names, group.names)
             ]
             body += f"<h3>{self._text(group.title)}</h3>\n" + self._prose(group.text)
             body += _table(group.title, ("Name", "Value", "Meaning"), rows)

@@ -6,6 +6,10 @@ from .entries import page_name
 from .prose import (
     COMPILE,
     CONSTANTS,
+    NUMBERS_SUMMARY,
+    NUMBERS_TEXT,
+    NUMBERS_TITLE,
+    USE_NUMBERS,
     argument_facts,
     component_capacity,
     component_type,
@@ -20,7 +24,7 @@ from .prose import (
     spans,
     synopsis,
 )
-from .records import CONSTANTS_PAGE
+from .records import CONSTANTS_PAGE, NUMBERS
 
 _ESCAPES = {"\\": "\\e", "'": "\\(aq", "`": "\\(ga", "^": "\\(ha", "~": "\\(ti", '"': "\\(dq"}
 
@@ -36,6 +40,7 @@ def outputs(catalogue, options):
         pages[f"man/man3/{kind.page}.3f"] = record_kind_page(kind, catalogue, options)
     if catalogue.constant_groups:
         pages[f"man/man3/{CONSTANTS_PAGE}.3f"] = constants_page(catalogue, options)
+        pages[f"man/man3/{NUMBERS}.3f"] = numbers_page(catalogue, options)
     return pages
 
 
@@ -155,16 +160,30 @@ def _component(component):
 
 
 def constants_page(catalogue, options):
-    areas = [area for area in catalogue.areas if area.constant_groups]
+    areas = [area for area in catalogue.areas if any(group.by_name for group in area.constant_groups)]
     lines = [_title(CONSTANTS_PAGE, "3f", options)] + _heading(CONSTANTS_PAGE, "constants that a program knows by name")
     lines += [".SH SYNOPSIS", ".nf", "\\fBuse qxport, only: ipxfconst\\fP", ""]
     lines += ["\\fBivalue = ipxfconst(\\(aqNAME\\(aq)\\fP", ".fi", ".SH DESCRIPTION"] + _paragraphs(CONSTANTS)
-    for group in (group for area in areas for group in area.constant_groups):
-        lines += [f".SS {inline(spans(group.title))}"] + _paragraphs(group.text)
-        for constant in group.names:
-            lines += [".TP 24", f"\\fB{constant.name}\\fP", _host_constant(constant), ".PD 0"]
-        lines += [".PD"]
-    return _page(lines + _see_also([routine.name for area in areas for routine in area.routines]))
+    for group in (group for area in areas for group in area.constant_groups if group.by_name):
+        lines += _constant_group(group)
+    return _page(lines + _see_also([routine.name for area in areas for routine in area.routines] + [NUMBERS]))
+
+
+def numbers_page(catalogue, options):
+    lines = [_title(NUMBERS, "3f", options)] + _heading(NUMBERS, NUMBERS_SUMMARY)
+    lines += [".SH SYNOPSIS", ".nf", f"\\fB{escape(USE_NUMBERS, True)}\\fP", ".fi", ".SH DESCRIPTION"]
+    lines += _paragraphs(NUMBERS_TEXT)
+    for group in (group for group in catalogue.constant_groups if not group.by_name):
+        lines += _constant_group(group)
+    return _page(lines + _see_also([CONSTANTS_PAGE]))
+
+
+def _constant_group(group):
+    lines = [f".SS {inline(spans(group.title))}"] + _paragraphs(group.text)
+    for constant in group.names:
+        name = constant.name if group.by_name else constant.parameter
+        lines += [".TP 24", f"\\fB{name}\\fP", _host_constant(constant), ".PD 0"]
+    return lines + [".PD"]
 
 
 def _host_constant(constant):
@@ -191,6 +210,9 @@ def overview(catalogue, options):
     ]
     for area in catalogue.areas:
         lines += _area(area)
+    if catalogue.constant_groups:
+        lines += [f'.SH "{NUMBERS_TITLE.upper()}"'] + _paragraphs(NUMBERS_TEXT)
+        lines += _item(f".BR {NUMBERS} (3f)", NUMBERS_SUMMARY)
     return _page(lines)
 
 
@@ -204,7 +226,7 @@ def _area(area):
         lines += _item(f".BR {escape(record.name, True)} (3f)", "record type")
     for kind in area.record_kinds:
         lines += _item(f".BR {escape(kind.page, True)} (3f)", kind.summary)
-    if area.constant_groups:
+    if any(group.by_name for group in area.constant_groups):
         lines += _item(f".BR {CONSTANTS_PAGE} (3f)", "constants that a program knows by name")
     for constant in area.constants:
         value = escape(f"{constant.kind.fortran}, {constant_value(constant)}")

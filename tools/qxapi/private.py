@@ -18,7 +18,8 @@ _COMPONENT_TYPES = {"integer(4)": "Int32", "integer(8)": "Int64", "string": "Str
 def outputs(catalogue, options):
     return {
         "private/qxport_records.h": records(catalogue.record_kinds),
-        "private/qxport_constants.inc": constants(catalogue.constant_groups),
+        "private/qxport_constants.inc": constants([g for g in catalogue.constant_groups if g.by_name]),
+        "private/qxport_numbers.inc": numbers(catalogue.constant_groups),
     }
 
 
@@ -117,18 +118,32 @@ def _kinds(kinds):
 
 def constants(groups):
     """A row for each name, in order: what includes them defines CONSTANT(name, value)."""
-    lines = ["// Made from the catalogue, do not edit. CONSTANT(name, value): the host's value or the binding's own."]
+    return _table_of(groups, "CONSTANT", lambda constant: constant.name)
+
+
+def numbers(groups):
+    """The same for what prints the module of numbers, by NUMBER(name, value)."""
+    return _table_of(groups, "NUMBER", lambda constant: constant.parameter)
+
+
+def _table_of(groups, macro, name_of):
+    lines = [f"// Made from the catalogue, do not edit. {macro}(name, value): the host's value or the binding's own."]
     for group in groups:
         lines.append(f"// {group.title}")
         for constant in group.names:
-            lines += _rows(constant)
+            lines += _rows(f'{macro}("{name_of(constant)}", {{}})'.format, constant)
     return "\n".join(lines + [""])
 
 
-def _rows(constant):
+def _rows(row, constant):
     name = constant.name
     if constant.value is not None:
-        return [f'CONSTANT("{name}", {constant.value})']
+        return [row(_literal(constant.value))]
     if constant.may_lack:
-        return [f"#ifdef {name}", f'CONSTANT("{name}", {name})', "#else", f'CONSTANT("{name}", -1)', "#endif"]
-    return [f'CONSTANT("{name}", {name})']
+        return [f"#ifdef {name}", row(name), "#else", row(-1), "#endif"]
+    return [row(name)]
+
+
+def _literal(value):
+    """The least integer has no literal of its own: its positive counterpart does not fit."""
+    return f"(-{-(value + 1)} - 1)" if value == -(1 << 31) else value

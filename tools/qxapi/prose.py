@@ -10,7 +10,17 @@ SYNOPSIS_WIDTH = 76
 CONSTANTS = """
 The names that `pxfconst`, `ipxfconst` and `pxfisconst` know; their case does not matter. The values are those of the
 host that the library was built for. Where a value stands beside a name it is the binding's own, the same on every host.
+
+Each is also a parameter of the module `qxport_numbers`.
 """
+NUMBERS_TITLE = "Numbers of the host"
+NUMBERS_SUMMARY = "the host's numbers as parameters"
+NUMBERS_TEXT = """
+INTEGER(4) parameters with the numbers of the host that the library was built for: a name that is misspelt fails when
+the program is compiled. All names under `constants` are in the module, without underscores at their beginning, and
+those below. The module is not part of `qxport`, because programs have long declared such names themselves.
+"""
+USE_NUMBERS = "use qxport_numbers, only: F_WRLCK, O_CREAT, SEEK_SET, SIGINT, ENOENT"
 INTENTS = {"in": "input", "out": "output", "inout": "input and output"}
 
 

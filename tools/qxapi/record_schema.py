@@ -2,13 +2,13 @@
 
 import re
 
-from .entries import fortran_name, keys
+from .entries import MAX_NAME, fortran_name, keys
 from .kinds import parse_kind
 from .records import ACCESSES, is_text
 from .routine_schema import summary_reasons
 
 MAX_LOOKUP = 24  # characters of a name that a program hands over as text
-_HOST_NAME = re.compile(r"[A-Z_][A-Z0-9_]*\Z")
+_HOST_NAME = re.compile(r"_*[A-Z][A-Z0-9_]*\Z")
 
 
 def record_reasons(entry):
@@ -72,16 +72,16 @@ def constant_group_reasons(entry):
         return reasons
     reasons = []
     for number, constant in enumerate(entry["names"], 1):
-        broken = keys(constant, "host_constant") or _host_constant(constant)
+        broken = keys(constant, "host_constant") or _host_constant(constant, entry.get("by_name", True))
         name = constant.get("name", number) if isinstance(constant, dict) else number
         reasons += [f"constant {name}: {reason}" for reason in broken]
     return reasons
 
 
-def _host_constant(constant):
-    reasons = []
-    if not _HOST_NAME.match(constant["name"]) or len(constant["name"]) > MAX_LOOKUP:
-        reasons.append(f"`{constant['name']}` is not an upper-case name of at most {MAX_LOOKUP} characters")
+def _host_constant(constant, by_name):
+    reasons, most = [], MAX_LOOKUP if by_name else MAX_NAME
+    if not _HOST_NAME.match(constant["name"]) or len(constant["name"]) > most:
+        reasons.append(f"`{constant['name']}` is not an upper-case name of at most {most} characters")
     if "value" in constant and not -(1 << 31) <= constant["value"] < 1 << 31:
         reasons.append(f"value {constant['value']} is out of the range of integer(4)")
     if "value" in constant and constant.get("may_lack"):

@@ -4,7 +4,8 @@ from dataclasses import dataclass
 
 from .kinds import parse_kind
 
-CONSTANTS_PAGE = "constants"  # of all groups of constants
+CONSTANTS_PAGE = "constants"  # of the groups of constants that a program asks for by name
+NUMBERS = "qxport_numbers"  # the module that has all groups as parameters, and its page
 ACCESSES = ("get set", "get", "")
 
 
@@ -49,12 +50,22 @@ class HostConstant:
     value: int | None = None  # where it is the binding's own; else it is the host's
     may_lack: bool = False  # a host without it gets -1
 
+    @property
+    def parameter(self):
+        return parameter_name(self.name)
+
 
 @dataclass(frozen=True)
 class ConstantGroup:
     title: str
     text: str
     names: tuple[HostConstant, ...]
+    by_name: bool = True  # a program can ask for the value by the name, at run time
+
+
+def parameter_name(name):
+    """The name of a constant's parameter: a Fortran name starts with a letter."""
+    return name.lstrip("_")
 
 
 def record_page_name(name):

@@ -41,7 +41,7 @@ def _area(path, table):
     if broken := keys(area, "area"):
         return reasons + broken
     reasons += fortran_name(area["name"], "area", MAX_NAME - len(PREFIX))
-    if area["name"] in ("index", "record_types", *FAMILIES):
+    if area["name"] in ("index", "record_types", "numbers", *FAMILIES):
         reasons.append(f"area name `{area['name']}` is reserved")
     if area["family"] not in FAMILIES:
         reasons.append(f"family `{area['family']}` is none of {', '.join(FAMILIES)}")
