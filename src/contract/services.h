@@ -63,6 +63,12 @@ QXPORT_SERVICE_API void for_getarg(const int32_t *m, char *value, int32_t *lengt
 // The number of arguments, the program's name included.
 QXPORT_SERVICE_API int32_t for_nargs(void);
 
+// The instant at which the process started, in seconds since 1970-01-01 00:00:00 UTC.
+QXPORT_SERVICE_API double for__process_start_time(void);
+
+// The seconds that have passed since an instant.
+QXPORT_SERVICE_API double for_since_epoch_t(const double *instant);
+
 // Writes a unit's buffers out and commits the file to its device: 1, or 0 for a unit that cannot be.
 QXPORT_CORE_API int32_t commitqq_(const int32_t *unit);
 

@@ -63,7 +63,22 @@ every_routine_has_a_page() {
     expect_empty 'links of the HTML reference that lead nowhere'
 }
 
+# The time of day as a text is another library's TIME; ours is a function, and the compiler says so.
+time_is_no_subroutine() {
+  cat >time.f90 <<'PROGRAM'
+use qxport, only: time
+implicit none
+character(8) :: text
+call time(text)
+end
+PROGRAM
+  if "$FC" "${target_flags[@]}" "${fortran_flags[@]}" -fsyntax-only time.f90 >time.log 2>&1; then
+    fail 'CALL TIME compiles through the module'
+  fi
+}
+
 module_compiles_as_the_standard_has_it
+time_is_no_subroutine
 examples_compile_and_link
 man_pages_render_without_warnings
 every_routine_has_a_page
