@@ -6,9 +6,11 @@
 ! own. The exit status is that of the last command, 127 for one not found, 126 for one that cannot be executed and 128
 ! and the signal's number for one that was killed; 2 after a syntax error.
 module fsh_commands
-  use fsh_jobs, only: add_job, add_process, announce, complain, constant, continue_command, enter_child, error_text
+  use error_texts, only: error_text
+  use fsh_jobs, only: add_job, add_process, announce, complain, constant, continue_command, enter_child
   use fsh_jobs, only: hold_keys, jobs_command, private_copy, put, run_in_foreground, wait_command
-  use fsh_syntax, only: command, expand, is_name, last_background, last_status, pipeline, redirection, variable, word
+  use fsh_syntax, only: command, expand, is_name, last_background, last_status, number_text, pipeline, redirection
+  use fsh_syntax, only: variable, word
   use qxport, only: pxfchdir, pxfclose, pxfdup2, pxfexecvp, pxffastexit, pxffork, pxfgetcwd, pxfopen, pxfpipe, pxfsetenv
   implicit none
   private
@@ -159,13 +161,19 @@ contains
     type(saved_descriptor), allocatable, intent(inout), optional :: saved(:)
     character(:), allocatable :: target
     logical :: given
-    integer :: i, source, error
+    integer :: i, source, copy, error
     redirected = .true.
     do i = 1, size(redirections)
       associate (one => redirections(i))
         call expand(one%target%text, target, given)
-        if (present(saved)) saved = [saved, saved_descriptor(one%descriptor, private_copy(one%descriptor))]
-        if (one%operator(2:2) == '&') then
+        error = 0
+        if (present(saved)) then
+          copy = private_copy(one%descriptor, error)
+          if (error == 0) saved = [saved, saved_descriptor(one%descriptor, copy)]
+        end if
+        if (error /= 0) then
+          target = number_text(one%descriptor)
+        else if (one%operator(2:2) == '&') then
           source = -1
           if (len(target) == 1) source = index('0123456789', target) - 1
           call pxfdup2(source, one%descriptor, error)
@@ -336,7 +344,8 @@ end module
 
 program fsh
   use fsh_commands, only: leaving, open_file, run
-  use fsh_jobs, only: complain, error_text, job_control, private_copy, put, release_terminal, report_jobs, start_jobs
+  use error_texts, only: error_text
+  use fsh_jobs, only: complain, constant, job_control, private_copy, put, release_terminal, report_jobs, start_jobs
   use fsh_syntax, only: last_status, parse, pipeline, shell_process, text_buffer, unfinished, well_formed
   use qxport, only: pxfclose, pxfexit, pxfgetpid, pxfisatty, pxfread
   implicit none
@@ -415,7 +424,8 @@ contains
     integer :: opened, error
     call open_file(name, '<', opened, error)
     if (error /= 0) call end_with(name//': '//error_text(error), no_script)
-    descriptor = private_copy(opened)
+    descriptor = private_copy(opened, error)
+    if (error /= 0) call end_with(name//': '//error_text(error), no_script)
     call pxfclose(opened, ierror)
   end subroutine
 
@@ -458,6 +468,7 @@ contains
     integer :: count, error
     do
       call pxfread(descriptor, byte, 1, count, error)
+      if (error == constant('EINTR')) cycle
       if (error /= 0) call end_with('cannot read commands: '//error_text(error), failure)
       line_read = buffer%used > 0 .or. count == 1
       if (count == 0) exit

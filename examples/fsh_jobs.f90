@@ -1,5 +1,6 @@
 ! The jobs of fsh: their processes, what became of them, and which of them has the terminal.
 module fsh_jobs
+  use error_texts, only: error_text
   use fsh_syntax, only: number_text, word
   use qxport, only: ipxfwexitstatus, ipxfwstopsig, ipxfwtermsig, pxfclose, pxfconst, pxffcntl, pxfgetpgrp, pxfopen
   use qxport, only: pxfgetsubhandle, pxfintset, pxfkill, pxfsetpgid, pxfsigaction, pxfsigaddset, pxfsigprocmask
@@ -10,7 +11,7 @@ module fsh_jobs
   use, intrinsic :: iso_fortran_env, only: error_unit
   implicit none
   private
-  public :: constant, complain, put, error_text, private_copy, start_jobs, release_terminal, hold_keys, enter_child
+  public :: constant, complain, put, private_copy, start_jobs, release_terminal, hold_keys, enter_child
   public :: add_job, add_process, announce, run_in_foreground, report_jobs, jobs_command, wait_command, continue_command
 
   ! The state of a job is the least of its processes'.
@@ -45,24 +46,6 @@ contains
     flush (error_unit, iostat=status)
   end subroutine
 
-  function error_text(error) result(text)
-    integer, intent(in) :: error
-    character(:), allocatable :: text
-    character(12), parameter :: names(11) = [character(12) :: 'ENOENT', 'EACCES', 'ENOTDIR', 'EISDIR', 'ELOOP', &
-      'ENAMETOOLONG', 'EBADF', 'EMFILE', 'E2BIG', 'EAGAIN', 'ENOSPC']
-    character(33), parameter :: texts(11) = [character(33) :: 'No such file or directory', 'Permission denied', &
-      'Not a directory', 'Is a directory', 'Too many levels of symbolic links', 'File name too long', &
-      'Bad file descriptor', 'Too many open files', 'Argument list too long', 'No more processes', 'No space left']
-    integer :: i, number, ierror
-    do i = 1, size(names)
-      call pxfconst(names(i), number, ierror)
-      if (ierror /= 0 .or. number /= error) cycle
-      text = trim(texts(i))
-      return
-    end do
-    text = 'error '//number_text(error)
-  end function
-
   ! Everything the shell says but complaints goes out through descriptors at once: no unit's buffer holds it at a fork.
   subroutine put(descriptor, text, error)
     integer, intent(in) :: descriptor
@@ -74,18 +57,27 @@ contains
     do while (done < len(text) .and. ierror == 0)
       call pxfwrite(descriptor, text(done + 1:), len(text) - done, written, ierror)
       if (ierror == 0) done = done + written
+      if (ierror == constant('EINTR')) ierror = 0
     end do
     if (present(error)) error = ierror
   end subroutine
 
-  ! A copy of a descriptor that commands neither meet nor inherit; -1 of one that is not open.
-  integer function private_copy(descriptor)
+  ! A copy of a descriptor that commands neither meet nor inherit; -1 of one that is not open, which is no error.
+  integer function private_copy(descriptor, error)
     integer, intent(in) :: descriptor
+    integer, intent(out) :: error
     integer :: lowest, close_on_exec, answer, ierror
     lowest = 10
     close_on_exec = 1
-    call pxffcntl(descriptor, constant('F_DUPFD'), lowest, private_copy, ierror)
-    if (ierror == 0) call pxffcntl(private_copy, constant('F_SETFD'), close_on_exec, answer, ierror)
+    call pxffcntl(descriptor, constant('F_DUPFD'), lowest, private_copy, error)
+    if (error == 0) then
+      call pxffcntl(private_copy, constant('F_SETFD'), close_on_exec, answer, ierror)
+      return
+    end if
+    private_copy = -1
+    if (error == constant('EBADF')) error = 0
+    ! A limit so low that no descriptor from the lowest on can be had.
+    if (error == constant('EINVAL')) error = constant('EMFILE')
   end function
 
   subroutine set_signal(name, handler)
@@ -104,7 +96,7 @@ contains
     integer :: ierror, group, i
     allocate (jobs(0))
     if (.not. interactive) return
-    terminal = private_copy(0)
+    terminal = private_copy(0, ierror)
     call pxfgetpgrp(group, ierror)
     call pxftcgetpgrp(terminal, former_group, ierror)
     if (ierror /= 0) return

@@ -1,15 +1,19 @@
 ! ls [-alRtS] [NAME...]: lists files and directories, one name a line, with -l all that is known of each.
 !
 ! -a names that begin with a dot too, -R subdirectories too, -t the newest first, -S the largest first.
-! The exit status is 0, or 1 when a subdirectory could not be read, or 2 for a wrong option or name.
+! Where the output is a terminal, a ? stands for each byte of a name that a terminal might obey. The exit status is 0, or
+! 1 when a subdirectory could not be read or the list not be written, or 2 for a wrong option or name.
 module ls_entries
   use directories, only: read_directory
-  use qxport, only: lstati8, pxfconst, STAT_MTIME, STAT_SIZE
+  use error_texts, only: error_text
+  use names, only: before, plain_bytes
+  use qxport, only: lstati8, pxfisatty, STAT_MTIME, STAT_SIZE
+  use standard_output, only: flush_lines
   use text_lists, only: text_list
   use, intrinsic :: iso_fortran_env, only: error_unit, int64
   implicit none
   private
-  public :: entry, options, examine, read_entries, sort_entries, complain, exit_status
+  public :: entry, options, examine, read_entries, sort_entries, complain, exit_status, shown
 
   type :: entry
     character(:), allocatable :: name
@@ -29,20 +33,28 @@ contains
   subroutine complain(what, path, error, severity)
     character(*), intent(in) :: what, path
     integer, intent(in) :: error, severity
-    character(12), parameter :: known(5) = &
-      [character(12) :: 'ENOENT', 'EACCES', 'ENOTDIR', 'ELOOP', 'ENAMETOOLONG']
-    character(48), parameter :: texts(5) = [character(48) :: 'No such file or directory', 'Permission denied', &
-      'Not a directory', 'Too many levels of symbolic links', 'File name too long']
-    integer :: i, number, ierror
-    character(48) :: text
-    write (text, '(a, i0)') 'error ', error
-    do i = 1, size(known)
-      call pxfconst(known(i), number, ierror)
-      if (ierror == 0 .and. number == error) text = texts(i)
-    end do
-    write (error_unit, '(6a)') 'ls: ', what, " '", path, "': ", trim(text)
+    call flush_lines()
+    write (error_unit, '(6a)') 'ls: ', what, " '", shown(path), "': ", error_text(error)
     exit_status = max(exit_status, severity)
   end subroutine
+
+  ! A name as it is, or as a terminal may have it.
+  function shown(name)
+    character(*), intent(in) :: name
+    character(:), allocatable :: shown
+    logical, save :: asked = .false., careful = .false.
+    integer :: place, length, ierror
+    if (.not. asked) call pxfisatty(1, careful, ierror)
+    asked = .true.
+    shown = name
+    if (.not. careful) return
+    place = 1
+    do while (place <= len(name))
+      length = plain_bytes(name(place:))
+      if (length == 0) shown(place:place) = '?'
+      place = place + max(length, 1)
+    end do
+  end function
 
   ! A link itself, not what it points to. The NUL keeps blanks at the end of a name from being dropped.
   subroutine examine(path, item, error)
@@ -79,20 +91,7 @@ contains
     else if (options%by_time) then
       difference = b%status(STAT_MTIME) - a%status(STAT_MTIME)
     end if
-    precedes = difference < 0 .or. (difference == 0 .and. llt_bytes(a%name, b%name))
-  end function
-
-  ! Names are compared byte by byte, whatever their encoding.
-  pure logical function llt_bytes(a, b)
-    character(*), intent(in) :: a, b
-    integer :: i
-    do i = 1, min(len(a), len(b))
-      if (a(i:i) /= b(i:i)) then
-        llt_bytes = ichar(a(i:i)) < ichar(b(i:i))
-        return
-      end if
-    end do
-    llt_bytes = len(a) < len(b)
+    precedes = difference < 0 .or. (difference == 0 .and. before(a%name, b%name))
   end function
 
   recursive subroutine merge_sort(entries, order)
@@ -135,16 +134,101 @@ contains
 
 end module
 
+! Local time beyond the seconds that the binding can be asked for.
+module ls_calendar
+  use qxport, only: pxflocaltime
+  use, intrinsic :: iso_fortran_env, only: int64
+  implicit none
+  private
+  public :: local_time
+
+  integer(int64), parameter :: day = 86400
+
+contains
+
+  ! As pxflocaltime has it, and the year as a number of its own. For an instant that its seconds cannot tell another of a
+  ! year like that one is asked for: a year as long that begins with the same day of the week, among the latest that can
+  ! be told, since the rules of daylight saving go on as they were last.
+  subroutine local_time(seconds, local, year)
+    integer(int64), intent(in) :: seconds
+    integer, intent(out) :: local(9)
+    integer(int64), intent(out) :: year
+    integer(int64) :: true_year, like
+    integer :: ierror
+    if (abs(seconds) < huge(0)) then
+      call pxflocaltime(int(seconds), local, ierror)
+      year = local(6)
+      return
+    end if
+    ! A day around the turn of a year is in either, here and there.
+    true_year = year_of(seconds)
+    like = 2037
+    do while (length_of(like) /= length_of(true_year) .or. &
+              modulo(first_day(like) - first_day(true_year), 7_int64) /= 0)
+      like = like - 1
+    end do
+    call pxflocaltime(int(seconds - day*(first_day(true_year) - first_day(like))), local, ierror)
+    year = true_year + local(6) - like
+  end subroutine
+
+  ! The days from 1970 to the first of a year.
+  pure integer(int64) function first_day(year)
+    integer(int64), intent(in) :: year
+    integer(int64) :: before
+    before = year - 1
+    first_day = 365*before + floored(before, 4_int64) - floored(before, 100_int64) + floored(before, 400_int64) - 719162
+  end function
+
+  pure integer(int64) function length_of(year)
+    integer(int64), intent(in) :: year
+    length_of = first_day(year + 1) - first_day(year)
+  end function
+
+  ! By UTC.
+  pure integer(int64) function year_of(seconds)
+    integer(int64), intent(in) :: seconds
+    integer(int64) :: number
+    number = floored(seconds, day)
+    year_of = 1970 + floored(400*number, 146097_int64)
+    do while (first_day(year_of) > number)
+      year_of = year_of - 1
+    end do
+    do while (first_day(year_of + 1) <= number)
+      year_of = year_of + 1
+    end do
+  end function
+
+  pure integer(int64) function floored(a, b)
+    integer(int64), intent(in) :: a, b
+    floored = (a - modulo(a, b))/b
+  end function
+
+end module
+
 module ls_long
-  use ls_entries, only: entry
-  use qxport, only: pxfgetgrgid, pxfgetpwuid, pxflocaltime, pxfstrget, pxfstructcreate, pxftime
+  use ls_calendar, only: local_time
+  use ls_entries, only: entry, shown
+  use qxport, only: pxfgetgrgid, pxfgetpwuid, pxfstrget, pxfstructcreate, pxftime
   use qxport, only: MODE_BLOCK_DEVICE, MODE_CHARACTER_DEVICE, MODE_DIRECTORY, MODE_FIFO, MODE_REGULAR, MODE_SOCKET
   use qxport, only: MODE_SYMLINK, MODE_TYPE_MASK, STAT_GID, STAT_LINKS, STAT_MODE, STAT_MTIME, STAT_RDEV, STAT_SIZE
   use qxport, only: STAT_UID
+  use standard_output, only: put_line
+  use, intrinsic :: iso_c_binding, only: c_char, c_null_char, c_size_t
   use, intrinsic :: iso_fortran_env, only: int64
   implicit none
   private
   public :: is_directory, print_long
+
+  ! The binding is older than symbolic links.
+  interface
+    function readlink(path, target, size) bind(C) result(length)
+      import :: c_char, c_size_t
+      character(kind=c_char), intent(in) :: path(*)
+      character(kind=c_char), intent(out) :: target(*)
+      integer(c_size_t), value :: size
+      integer(c_size_t) :: length
+    end function
+  end interface
 
 contains
 
@@ -217,18 +301,21 @@ contains
   ! Recent times with hour and minute, others with the year.
   function time_text(seconds) result(text)
     integer(int64), intent(in) :: seconds
-    character(12) :: text
+    character(:), allocatable :: text
+    character(32) :: buffer
     character(3), parameter :: months(12) = ['Jan', 'Feb', 'Mar', 'Apr', 'May', 'Jun', 'Jul', 'Aug', 'Sep', 'Oct', &
       'Nov', 'Dec']
     integer, parameter :: half_a_year = 31556952/2
+    integer(int64) :: year
     integer :: local(9), now, ierror
     call pxftime(now, ierror)
-    call pxflocaltime(int(seconds), local, ierror)
+    call local_time(seconds, local, year)
     if (seconds <= now .and. seconds > now - half_a_year) then
-      write (text, '(a, i3, i3.2, a, i2.2)') months(local(5)), local(4), local(3), ':', local(2)
+      write (buffer, '(a, i3, i3.2, a, i2.2)') months(local(5)), local(4), local(3), ':', local(2)
     else
-      write (text, '(a, i3, i6)') months(local(5)), local(4), local(6)
+      write (buffer, '(a, i3, 2x, i0)') months(local(5)), local(4), year
     end if
+    text = trim(buffer)
   end function
 
   function size_text(item) result(text)
@@ -248,7 +335,22 @@ contains
     end if
   end function
 
-  subroutine print_long(entries)
+  ! Behind the name of a symbolic link: where it leads.
+  function target_text(directory, item) result(text)
+    character(*), intent(in) :: directory
+    type(entry), intent(in) :: item
+    character(:), allocatable :: text
+    character(4096) :: target
+    integer(c_size_t) :: length
+    text = ''
+    if (iand(int(item%status(STAT_MODE)), MODE_TYPE_MASK) /= MODE_SYMLINK) return
+    length = readlink(directory//item%name//c_null_char, target, len(target, c_size_t))
+    if (length > 0) text = ' -> '//shown(target(:length))
+  end function
+
+  ! The names are those of a directory, which ends with a slash, or paths as they are.
+  subroutine print_long(directory, entries)
+    character(*), intent(in) :: directory
     type(entry), intent(in) :: entries(:)
     type :: row
       character(:), allocatable :: links, owner, group, size
@@ -267,12 +369,12 @@ contains
       widths = max(widths, [len(rows(i)%links), len(rows(i)%owner), len(rows(i)%group), len(rows(i)%size)])
     end do
     do i = 1, size(entries)
-      print '(12a)', mode_text(int(entries(i)%status(STAT_MODE))), ' ', &
-        repeat(' ', widths(1) - len(rows(i)%links)), rows(i)%links, ' ', &
-        rows(i)%owner//repeat(' ', widths(2) - len(rows(i)%owner)), ' ', &
-        rows(i)%group//repeat(' ', widths(3) - len(rows(i)%group)), ' ', &
-        repeat(' ', widths(4) - len(rows(i)%size))//rows(i)%size, ' ', &
-        time_text(entries(i)%status(STAT_MTIME))//' '//entries(i)%name
+      call put_line(mode_text(int(entries(i)%status(STAT_MODE)))//' '// &
+        repeat(' ', widths(1) - len(rows(i)%links))//rows(i)%links//' '// &
+        rows(i)%owner//repeat(' ', widths(2) - len(rows(i)%owner))//' '// &
+        rows(i)%group//repeat(' ', widths(3) - len(rows(i)%group))//' '// &
+        repeat(' ', widths(4) - len(rows(i)%size))//rows(i)%size//' '// &
+        time_text(entries(i)%status(STAT_MTIME))//' '//shown(entries(i)%name)//target_text(directory, entries(i)))
     end do
   end subroutine
 
@@ -283,12 +385,14 @@ program ls
   use ls_entries
   use ls_long
   use qxport, only: exit
+  use standard_output, only: flush_lines, program_name, put_line
   use, intrinsic :: iso_fortran_env, only: error_unit
   implicit none
   type(entry), allocatable :: operands(:), files(:), directories(:)
   logical :: something_printed = .false., with_headers
   integer :: i
 
+  program_name = 'ls'
   call read_command_line(operands)
   do i = 1, size(operands)
     call classify(operands(i))
@@ -298,10 +402,11 @@ program ls
   with_headers = size(operands) > 1 .or. options%recursive
   call sort_entries(files)
   call sort_entries(directories)
-  call print_entries(files)
+  call print_entries('', files)
   do i = 1, size(directories)
     call list_directory(directories(i)%name, 2)
   end do
+  call flush_lines()
   call exit(exit_status)
 
 contains
@@ -381,16 +486,17 @@ contains
     kept = entries(pack([(place, place=1, size(entries))], mask))
   end function
 
-  subroutine print_entries(entries)
+  subroutine print_entries(directory, entries)
+    character(*), intent(in) :: directory
     type(entry), intent(in) :: entries(:)
     integer :: place
     if (size(entries) == 0) return
     something_printed = .true.
     if (options%long) then
-      call print_long(entries)
+      call print_long(directory, entries)
     else
       do place = 1, size(entries)
-        print '(a)', entries(place)%name
+        call put_line(shown(entries(place)%name))
       end do
     end if
   end subroutine
@@ -403,8 +509,8 @@ contains
     call read_entries(path, entries, error)
     if (error /= 0) call complain('cannot open directory', path, error, severity)
     if (with_headers) then
-      if (something_printed) print '(a)'
-      print '(2a)', path, ':'
+      if (something_printed) call put_line('')
+      call put_line(shown(path)//':')
       something_printed = .true.
     end if
     do place = 1, size(entries)
@@ -412,7 +518,7 @@ contains
       if (error /= 0) call complain('cannot access', path//'/'//entries(place)%name, error, 1)
     end do
     call sort_entries(entries)
-    call print_entries(entries)
+    call print_entries(path//'/', entries)
     if (.not. options%recursive) return
     do place = 1, size(entries)
       if (is_self_or_parent(entries(place)%name)) cycle

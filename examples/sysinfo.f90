@@ -1,8 +1,8 @@
 ! sysinfo: a table of what this host's POSIX binding knows: every named constant with its value, every kind of record
 ! with its components and the routines that get and set them.
 !
-! The status is 0, or 1 where the library does not know a name or refuses a component; those are named on standard
-! error.
+! The status is 0, or 1 where the library does not know a name or refuses a component, which are named on standard
+! error, or where the table cannot be written.
 
 ! What goes wrong is told at once and counted.
 module complaints
@@ -25,6 +25,7 @@ end module complaints
 module constant_tables
   use complaints, only: complain
   use qxport, only: pxfconst
+  use standard_output, only: put_line
   implicit none
   private
   public :: print_constants
@@ -95,7 +96,8 @@ contains
     do i = 1, size(names)
       cells(i) = cell_of(names(i), format_of_bits)
     end do
-    print '(/a)', title
+    call put_line('')
+    call put_line(title)
     call print_in_columns(cells)
   end subroutine print_group
 
@@ -126,6 +128,7 @@ contains
   ! Downwards, then to the right, as wide as the widest of the group.
   subroutine print_in_columns(cells)
     type(cell), intent(in) :: cells(:)
+    character(:), allocatable :: line
     integer :: name_width, value_width, bits_width, columns, rows, row, i
     name_width = maxval(len_trim(cells%name))
     value_width = maxval(len_trim(cells%value)) + 2
@@ -134,11 +137,12 @@ contains
     columns = LINE_LENGTH/(2 + name_width + value_width + bits_width)
     rows = (size(cells) + columns - 1)/columns
     do row = 1, rows
+      line = ''
       do i = row, size(cells), rows
-        write (*, '(4a)', advance='no') '  ', cells(i)%name(:name_width), right(cells(i)%value, value_width), &
+        line = line//'  '//cells(i)%name(:name_width)//right(cells(i)%value, value_width)// &
           right(cells(i)%bits, bits_width)
       end do
-      print '()'
+      call put_line(line)
     end do
   end subroutine print_in_columns
 
@@ -156,6 +160,7 @@ module record_tables
   use complaints, only: complain
   use qxport, only: pxfaint8get, pxfaint8set, pxfaintget, pxfaintset, pxfeintget, pxfeintset, pxfestrget, pxfint8get, &
     pxfint8set, pxfintget, pxfintset, pxfstrget, pxfstrset, pxfstructcreate, pxfstructfree
+  use standard_output, only: put_line
   implicit none
   private
   public :: print_records
@@ -225,7 +230,8 @@ contains
   subroutine print_records()
     character(9) :: former
     integer :: i
-    print '(/a)', 'Records: made by pxfstructcreate, copied by pxfstructcopy, freed by pxfstructfree'
+    call put_line('')
+    call put_line('Records: made by pxfstructcreate, copied by pxfstructcopy, freed by pxfstructfree')
     call print_row('record', 'component', 'type', 'got by', 'set by')
     former = ''
     do i = 1, size(COMPONENTS)
@@ -233,9 +239,8 @@ contains
       call try(COMPONENTS(i))
       former = COMPONENTS(i)%record
     end do
-    print '(2x, a)', &
-      'An INTEGER(8) that an INTEGER(4) cannot hold is refused by pxfintget with ERANGE (but sa_handler,', &
-      'which is cut); pxfint8get writes the low 32 bits of any number into the low half of its variable.'
+    call put_line('  An INTEGER(8) that an INTEGER(4) cannot hold is refused by pxfintget with ERANGE (but sa_handler,')
+    call put_line('  which is cut); pxfint8get writes the low 32 bits of any number into the low half of its variable.')
   end subroutine print_records
 
   ! A record's name stands at its first component only.
@@ -254,7 +259,7 @@ contains
     row(26:) = type
     row(42:) = getter
     row(66:) = setter
-    print '(a)', trim(row)
+    call put_line(trim(row))
   end subroutine print_row
 
   pure function getters(form) result(routines)
@@ -352,9 +357,12 @@ program sysinfo
   use constant_tables, only: print_constants
   use qxport, only: exit
   use record_tables, only: print_records
+  use standard_output, only: flush_lines, program_name, put_line
   implicit none
-  print '(a)', 'The POSIX binding on this host'
+  program_name = 'sysinfo'
+  call put_line('The POSIX binding on this host')
   call print_constants()
   call print_records()
+  call flush_lines()
   if (complaint_count > 0) call exit(1)
 end program sysinfo

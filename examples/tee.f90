@@ -1,8 +1,10 @@
 ! tee [-a] [FILE...]: copies its standard input to its standard output and to each file; -a appends.
 !
-! All of it through descriptors, so that it serves pipes, FIFOs and terminals byte by byte as they come.
+! All of it through descriptors, so that it serves pipes, FIFOs and terminals byte by byte as they come. It ends at the
+! end of its input, or when nobody reads its output any more; what else cannot be written is told, and the rest is copied.
 program tee
-  use qxport, only: exit, pxfclose, pxfconst, pxfopen, pxfread, pxfsigaction, pxfstructcreate, pxfintset, pxfwrite
+  use error_texts, only: error_text
+  use qxport, only: exit, pxfclose, pxfconst, pxffcntl, pxfopen, pxfread, pxfsigaction, pxfstructcreate, pxfintset, pxfwrite
   use, intrinsic :: iso_fortran_env, only: error_unit
   implicit none
   integer, parameter :: capacity = 65536, permissions = int(o'666')
@@ -12,19 +14,23 @@ program tee
   end type
   type(target), allocatable, save :: targets(:)
   character(capacity) :: buffer
-  integer :: count, error, i, eintr, status = 0
+  integer :: count, error, i, eintr, epipe, status = 0
+  logical :: reader_left = .false.
 
   call ignore_broken_pipes()
   call open_targets(targets)
   eintr = constant('EINTR')
-  do
+  epipe = constant('EPIPE')
+  do while (.not. reader_left)
     call pxfread(0, buffer, capacity, count, error)
     if (error == eintr) cycle
     if (error /= 0) call complain('standard input', error)
     if (count <= 0) exit
     do i = 1, size(targets)
-      call write_all(targets(i), buffer(:count))
+      call write_all(targets(i), buffer(:count), error)
+      if (i == 1 .and. error == epipe) reader_left = .true.
     end do
+    if (all(targets%descriptor < 0)) exit
   end do
   do i = 1, size(targets)
     if (targets(i)%descriptor < 0) cycle
@@ -42,7 +48,7 @@ contains
     if (ierror /= 0) error stop 'tee: unknown constant'
   end function
 
-  ! A reader that goes away must not end the copying to the others.
+  ! A reader that goes away is an error of a write, which can be told.
   subroutine ignore_broken_pipes()
     integer :: action, ierror
     call pxfstructcreate('sigaction', action, ierror)
@@ -71,7 +77,7 @@ contains
     flags = ior(flags, ior(constant('O_WRONLY'), constant('O_CREAT')))
     allocate (opened(1 + command_argument_count() - options))
     opened(1)%name = 'standard output'
-    opened(1)%descriptor = 1
+    opened(1)%descriptor = standard_output()
     do number = 2, size(opened)
       associate (file => opened(number))
         file%name = argument(number - 1 + options)
@@ -81,12 +87,25 @@ contains
     end do
   end subroutine
 
+  ! A file that is opened in the place of a closed one must not be taken for it.
+  integer function standard_output()
+    integer :: none, answer, ierror
+    standard_output = 1
+    none = 0
+    call pxffcntl(1, constant('F_GETFD'), none, answer, ierror)
+    if (ierror == 0) return
+    call complain('standard output', ierror)
+    standard_output = -1
+  end function
+
   ! A target that failed once is left alone from then on.
-  subroutine write_all(to, text)
+  subroutine write_all(to, text, ierror)
     type(target), intent(inout) :: to
     character(*), intent(in) :: text
-    integer :: done, written, ierror
+    integer, intent(out) :: ierror
+    integer :: done, written
     done = 0
+    ierror = 0
     do while (to%descriptor >= 0 .and. done < len(text))
       call pxfwrite(to%descriptor, text(done + 1:), len(text) - done, written, ierror)
       if (ierror == 0) then
@@ -101,7 +120,7 @@ contains
   subroutine complain(name, ierror)
     character(*), intent(in) :: name
     integer, intent(in) :: ierror
-    write (error_unit, '(3a, i0)') 'tee: ', name, ': error ', ierror
+    write (error_unit, '(4a)') 'tee: ', name, ': ', error_text(ierror)
     status = 1
   end subroutine
 

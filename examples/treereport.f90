@@ -7,6 +7,7 @@
 module trees
   use, intrinsic :: iso_fortran_env, only: int64
   use directories, only: is_self_or_parent, read_directory
+  use names, only: before
   use qxport, only: access, lstati8, stati8, MODE_DIRECTORY, MODE_REGULAR, MODE_SYMLINK, MODE_TYPE_MASK, STAT_MODE, &
     STAT_MTIME, STAT_SIZE
   use text_lists, only: text_list
@@ -133,7 +134,7 @@ contains
 
   pure logical function precedes(one, other)
     type(ranked_file), intent(in) :: one, other
-    precedes = one%key > other%key .or. (one%key == other%key .and. llt(one%path, other%path))
+    precedes = one%key > other%key .or. (one%key == other%key .and. before(one%path, other%path))
   end function precedes
 
   subroutine add_problem(found, path, error)
@@ -148,11 +149,14 @@ end module trees
 program treereport
   use, intrinsic :: iso_fortran_env, only: error_unit, int64
   use qxport, only: exit, getcwd, getenv, getlog, getuid, hostnm
+  use standard_output, only: flush_lines, program_name, put_line
   use trees, only: ranking, survey, tree, why_refused, LAST_CLASS
   use wording, only: decimal, human_size, printable, utc_date
   implicit none
 
+  program_name = 'treereport'
   call report(argument())
+  call flush_lines()
 
 contains
 
@@ -201,12 +205,12 @@ contains
     if (user == '') call getenv('USER', user)
     if (user == '') user = 'user id '//decimal(int(getuid(), int64))
     call date_and_time(date, time, zone)
-    print '(a)', 'Tree report'
-    print '(2a)', '  host         ', printable(trim(host))
-    print '(2a)', '  user         ', printable(trim(user))
-    print '(2a)', '  directory    ', printable(absolute(directory))
-    print '(*(a))', '  date         ', date(1:4), '-', date(5:6), '-', date(7:8), ' ', &
-      time(1:2), ':', time(3:4), ':', time(5:6), ' ', trim(zone)
+    call put_line('Tree report')
+    call put_line('  host         '//printable(trim(host)))
+    call put_line('  user         '//printable(trim(user)))
+    call put_line('  directory    '//printable(absolute(directory)))
+    call put_line('  date         '//date(1:4)//'-'//date(5:6)//'-'//date(7:8)//' '// &
+      time(1:2)//':'//time(3:4)//':'//time(5:6)//' '//trim(zone))
   end subroutine print_header
 
   function absolute(directory) result(path)
@@ -222,25 +226,28 @@ contains
 
   subroutine print_contents(found)
     type(tree), intent(in) :: found
-    print '(/a)', 'Contents'
-    print '(3a, i0, a)', '  total size   ', human_size(found%bytes), ' (', found%bytes, ' bytes)'
-    print '(a, i0)', '  files        ', found%files
-    print '(a, i0)', '  directories  ', found%directories
-    print '(a, i0)', '  links        ', found%links
-    print '(a, i0)', '  others       ', found%others
-    if (found%unreadable > 0) print '(a, i0, a)', '  unreadable   ', found%unreadable, ' of the files'
+    call put_line('')
+    call put_line('Contents')
+    call put_line('  total size   '//human_size(found%bytes)//' ('//decimal(found%bytes)//' bytes)')
+    call put_line('  files        '//decimal(found%files))
+    call put_line('  directories  '//decimal(found%directories))
+    call put_line('  links        '//decimal(found%links))
+    call put_line('  others       '//decimal(found%others))
+    if (found%unreadable > 0) call put_line('  unreadable   '//decimal(found%unreadable)//' of the files')
   end subroutine print_contents
 
   subroutine print_ranking(title, ranks)
     character(*), intent(in) :: title
     type(ranking), intent(in) :: ranks
+    character(31) :: sizes
     integer :: i
     if (ranks%count == 0) return
-    print '(/2a)', title, ' (bytes, size, date of the last change in UTC, path)'
+    call put_line('')
+    call put_line(title//' (bytes, size, date of the last change in UTC, path)')
     do i = 1, ranks%count
       associate (file => ranks%files(i))
-        print '(i19, a12, *(a))', file%bytes, human_size(file%bytes), '  ', utc_date(file%modified), '  ', &
-          printable(file%path)
+        write (sizes, '(i19, a12)') file%bytes, human_size(file%bytes)
+        call put_line(sizes//'  '//utc_date(file%modified)//'  '//printable(file%path))
       end associate
     end do
   end subroutine print_ranking
@@ -253,13 +260,14 @@ contains
     integer(int64) :: length
     integer :: class
     if (all(classes == 0)) return
-    print '(/a)', 'Sizes of the files (from, number)'
+    call put_line('')
+    call put_line('Sizes of the files (from, number)')
     do class = findloc(classes > 0, .true., dim=1) - 1, findloc(classes > 0, .true., dim=1, back=.true.) - 1
       label = 'empty'
       if (class > 0) label = human_size(4_int64**(class - 1))
       length = classes(class)*LONGEST_BAR/maxval(classes)
       if (classes(class) > 0) length = max(length, 1_int64)
-      print '(a12, 3a, i0)', label, '  |', repeat('#', length), ' ', classes(class)
+      call put_line(repeat(' ', 12 - len(label))//label//'  |'//repeat('#', length)//' '//decimal(classes(class)))
     end do
   end subroutine print_classes
 
@@ -267,15 +275,16 @@ contains
     type(tree), intent(in) :: found
     character(:), allocatable :: path
     integer :: i
+    call put_line('')
     if (found%problems%count == 0) then
-      print '(/a)', 'Everything was examined.'
+      call put_line('Everything was examined.')
       return
     end if
-    print '(/a, i0, a)', 'Not examined, or not to the end (', found%problems%count, ')'
+    call put_line('Not examined, or not to the end ('//decimal(int(found%problems%count, int64))//')')
     do i = 1, found%problems%count
       path = found%problems%items(i)%value
       if (len(path) == 0) path = '.'
-      print '(*(a))', '  "', printable(path), '": ', found%reasons%items(i)%value
+      call put_line('  "'//printable(path)//'": '//found%reasons%items(i)%value)
     end do
   end subroutine print_problems
 end program treereport

@@ -1,6 +1,7 @@
 ! How numbers, dates, names and errors read in the report.
 module wording
   use, intrinsic :: iso_fortran_env, only: int64, real64
+  use names, only: plain_bytes
   implicit none
   private
   public :: decimal, human_size, utc_date, printable, reason
@@ -68,7 +69,7 @@ contains
     length = 0
     do while (i <= len(name))
       bytes = plain_bytes(name(i:))
-      if (bytes > 0) then
+      if (bytes > 0 .and. name(i:i) /= '\') then
         buffer(length + 1:length + bytes) = name(i:i + bytes - 1)
         length = length + bytes
         i = i + bytes
@@ -81,26 +82,6 @@ contains
     text = buffer(1:length)
   end function printable
 
-  ! How many bytes the first character of a text has; 0 when it is to be escaped.
-  pure integer function plain_bytes(text)
-    character(*), intent(in) :: text
-    integer :: first, lowest, i
-    first = iachar(text(1:1))
-    lowest = 128
-    select case (first)
-    case (32:91, 93:126); plain_bytes = 1
-    case (194:223); plain_bytes = 2
-    case (224:239); plain_bytes = 3
-    case (240:244); plain_bytes = 4
-    case default; plain_bytes = 0
-    end select
-    if (plain_bytes > len(text)) plain_bytes = 0
-    if (first == 194) lowest = 160  ! below are more control characters
-    do i = 2, plain_bytes
-      if (iachar(text(i:i)) < lowest .or. iachar(text(i:i)) > 191) plain_bytes = 0
-    end do
-  end function plain_bytes
-
   function reason(error) result(text)
     integer, intent(in) :: error
     character(:), allocatable :: text
@@ -108,6 +89,7 @@ contains
     case (2); text = 'no such file or directory'
     case (NO_PERMISSION); text = 'permission denied'
     case (20); text = 'not a directory'
+    case (24); text = 'too many open files'
     case (36); text = 'the name is too long'
     case (40); text = 'too many symbolic links'
     case default; text = 'error '//decimal(int(error, int64))

@@ -5,6 +5,7 @@ import pty
 import re
 import select
 import signal
+import subprocess
 import sys
 import termios
 import time
@@ -150,6 +151,8 @@ def test_interrupt(shell):
     wait_until_gone(group)
     shell.shell_has_terminal("after Ctrl-C")
     expect("its status is 130", shell.run("echo $?") == "130\n")
+    usual = subprocess.run(["ls", "/proc/self/fd"], close_fds=False, capture_output=True, text=True, check=True).stdout
+    expect("the shell's own descriptors are not for commands", shell.run("ls -1 /proc/self/fd | cat") == usual)
 
     group = shell.start("sleep 100")
     shell.type("\x1c")
@@ -209,7 +212,11 @@ def test_background(shell):
     shell.shell_has_terminal("with a background job")
     expect("it has its own group", members(group) == [group])
     expect("$! is its process", shell.run("echo $!") == f"{group}\n")
-    expect("a second is number 2", shell.run("true &").startswith("[2] "))
+    second = shell.run("true &")
+    expect("a second is number 2", second.startswith("[2] "))
+    # How it ended is told at the next prompt, and it is no job any more then.
+    wait_until_gone(int(second.split()[1]))
+    shell.run("")
     expect("wait gives a job's status", re.search(r"\n6\n", shell.run("sh -c 'exit 6' & wait $!; echo $?")))
     os.kill(group, signal.SIGTERM)
     wait_until("the end of the job", lambda: not members(group))

@@ -5,6 +5,8 @@
 set -euo pipefail
 
 here=$(cd "$(dirname "$0")" && pwd)
+# shellcheck source=hindered.bash
+source "$here/hindered.bash"
 fsh=$EXAMPLES/fsh
 place=$(cd "$(mktemp -d)" && pwd -P)
 trap 'rm -rf "$place"' EXIT
@@ -178,6 +180,55 @@ for list in shell{,.after} child{,.after,.piped}; do
   cmp "$WORK/${list%.*}" "$WORK/$list" || fail 'descriptors are left open'
 done
 /bin/sh -c 'ls /proc/self/fd' | cmp "$WORK/child" || fail 'commands have other descriptors than usual'
+
+# The script's descriptor is not for commands: they neither inherit it nor meet it.
+{
+  printf 'ls /proc/self/fd > child; true | ls /proc/self/fd | cat > child.piped\n'
+  for number in {3..9}; do printf 'true >&%d; echo $? > met%d\n' "$number" "$number"; done
+  printf 'cd . 3>x 4>x 5>x 6>x 7>x 8>x 9>x\necho end\n'
+} >"$place/script"
+shell 0 "$place/script" 3>&- 4>&- 5>&- 6>&- 7>&- 8>&- 9>&-
+says end
+for list in child{,.piped}; do
+  /bin/sh -c 'ls /proc/self/fd' 3>&- 4>&- 5>&- 6>&- 7>&- 8>&- 9>&- | cmp - "$WORK/$list" || fail 'commands of a file have other descriptors than usual'
+done
+for number in {3..9}; do
+  [[ $(<"$WORK/met$number") == 2 ]] || fail "commands of a file meet descriptor $number"
+done
+
+# Few descriptors: what cannot be had is told, and what the shell has it keeps.
+limited() {
+  local limit=$1 wanted=$2 got=0
+  shift 2
+  (cd "$WORK" && ulimit -n "$limit" && exec timeout 60 "$fsh" "$@") >"$place/out" 2>"$place/errors" || got=$?
+  ((got == wanted)) || fail "fsh ${*@Q} with $limit descriptors ended with $got, not $wanted: $(<"$place/errors")"
+}
+limited 10 0 -c 'cd . > other; echo failed $?; cd . < other; echo and still here'
+says $'failed 2\nand still here'
+complains '1: Too many open files'
+limited 10 127 "$place/script"
+complains 'Too many open files'
+limited 5 0 -c 'echo a | cat | cat | cat; echo failed $?; echo and still here'
+says $'failed 2\nand still here'
+complains 'cannot start a process: Too many open files'
+limited 14 0 -c "$(for number in {1..30}; do echo 'true | true; cd . > other; true &'; done)"$'\nwait; echo end'
+says end
+
+# Calls that are interrupted, and do little at a time.
+make_hindrance "$place/hindered.so"
+deep=$(printf 'd%.0s' {1..200})
+deep=$deep/$deep/$deep/$deep/$deep/$deep/$deep
+{
+  printf 'mkdir -p %s; cd %s; cd /; cd - > "$WORK/back"; cd "$WORK"; cat back | tr d e\n' "$deep" "$deep"
+  printf '# %s\n' "$deep"
+  printf 'echo %s | cat - > copy; wc -c < copy\nexit 6\n' "$deep"
+} >"$place/script"
+shell 6 "$place/script"
+[[ $(tail -n 1 "$place/out") == $((${#deep} + 1)) ]] || fail 'the script of long lines does not reach its end'
+mv "$place/out" "$place/usual"
+(cd "$WORK" && hindered "$fsh" "$place/script") >"$place/out" 2>"$place/errors" && got=0 || got=$?
+((got == 6)) || fail "fsh with interrupted calls ended with $got: $(head -c 500 "$place/errors")"
+cmp "$place/usual" "$place/out" || fail 'interrupted calls change what a script does'
 
 # As many and as long as one likes.
 shell 0 -c "echo through $(printf '| cat %.0s' {1..100})"

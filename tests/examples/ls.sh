@@ -2,9 +2,14 @@
 # The example ls lists a tree with every type of file as the system's own ls does.
 set -euo pipefail
 
+# shellcheck source=hindered.bash
+source "$(dirname "$0")/hindered.bash"
 ls=$EXAMPLES/ls
-tree=$(mktemp -d)
-trap 'rm -rf "$tree"' EXIT
+# What stands beside the tree stays as it is, whatever others do in the directory for temporary files: .. is listed too.
+place=$(mktemp -d)
+trap 'rm -rf "$place"' EXIT
+tree=$place/tree
+mkdir "$tree"
 export LC_ALL=C TZ=Europe/Paris
 failures=0
 
@@ -16,11 +21,11 @@ same() {
   fi
 }
 
-# What this ls cannot know: the blocks in use, and where a link points.
-without_blocks_and_links() { sed -e '/^total [0-9]/d' -e 's/ -> .*//'; }
+# What this ls cannot know: the blocks in use.
+without_blocks() { sed '/^total [0-9]/d'; }
 
 compare() {
-  same "ls $*" "$(command ls "$@" 2>/dev/null | without_blocks_and_links)" "$("$ls" "$@" 2>/dev/null)"
+  same "ls $*" "$(command ls "$@" 2>/dev/null | without_blocks)" "$("$ls" "$@" 2>/dev/null)"
 }
 
 cd "$tree"
@@ -35,6 +40,12 @@ printf 'xx' >sub/deeper/leaf
 ln -s file link
 ln -s nowhere dangling
 ln -s sub link_to_directory
+ln -s "$(printf '/%.0sx' {1..2000})" long_link
+ln -s 'target with blanks ' 'link with a blank '
+ln -s ../file sub/link
+touch -hd '2020-07-08 09:10:13' sub/link
+echo content >-l
+mkdir -- --
 ln file hard
 mkfifo fifo
 "$PYTHON" -c 'import socket; socket.socket(socket.AF_UNIX).bind("socket")'
@@ -62,6 +73,27 @@ compare -l empty
 compare -l -- file
 compare -l link_to_directory
 compare -l /dev/null /dev/zero /dev/tty
+compare -- -l
+compare -l -- -l file
+compare -l -- --
+compare -- -- sub
+compare --
+compare sub/link
+compare -l sub/link link_to_directory/link
+
+# Dates beyond 32 bits of seconds, where the file system keeps them, by the rules of several zones.
+mkdir dates
+number=0
+for date in '2038-01-19 03:14:07' '2038-01-19 03:14:08' '2039-12-31 23:59:59' '2040-02-29 12:00:00' \
+  '2040-07-01 00:30:00' '2041-01-01 00:00:00' '2099-12-31 23:59:59' '2100-02-28 23:30:00' '2100-03-01 00:10:00' \
+  '2400-02-29 01:00:00' '2446-05-10 22:38:55' '1901-12-13 20:45:51' '1901-12-13 20:45:52' '1969-12-31 23:59:59'; do
+  number=$((number + 1))
+  TZ=UTC touch -d "$date" "dates/$(printf %02d $number)"
+done
+for zone in UTC Europe/Paris America/St_Johns Pacific/Auckland Asia/Kolkata XXX-3; do
+  TZ=$zone compare -l dates
+  TZ=$zone compare -lt dates
+done
 
 # Columns stand under one another: the size ends where the one above ends.
 "$ls" -l | awk '{ print index($0, $5) + length($5) }' | sort -u | wc -l | grep -qx 1 ||
@@ -87,6 +119,72 @@ status 2 not-there
 status 2 file not-there
 grep -q "not-there.*No such file or directory" "$tree/.errors" ||
   { echo 'FAILED: the reason of a missing name'; failures=$((failures + 1)); }
+
+# What cannot be written is told, also what stands in a buffer until the end.
+for arguments in -a -l -lR; do
+  got=0
+  "$ls" "$arguments" >/dev/full 2>"$tree/.errors" || got=$?
+  [[ $got == 1 && $(<"$tree/.errors") == 'ls: standard output: No space left on device' ]] ||
+    { echo "FAILED: ls $arguments >/dev/full ended with $got"; failures=$((failures + 1)); }
+  got=0
+  "$ls" "$arguments" >&- 2>"$tree/.errors" || got=$?
+  [[ $got == 1 && $(<"$tree/.errors") == 'ls: standard output: Bad file descriptor' ]] ||
+    { echo "FAILED: ls $arguments >&- ended with $got"; failures=$((failures + 1)); }
+done
+make_hindrance "$place/hindered.so"
+same 'ls with interrupted calls' "$("$ls" -lR)" "$(hindered "$ls" -lR)"
+
+# One directory is open at a time, and none stays open.
+mkdir many
+for number in {1..40}; do mkdir -p "many/$number/deeper"; done
+same 'ls of many directories with few descriptors' "$(command ls -lR many | without_blocks)" \
+  "$(ulimit -n 12 && "$ls" -lR many 2>&1)"
+
+# A terminal gets no byte that it might obey; a pipe gets the names as they are.
+mkdir "$place/names"
+cd "$place/names"
+for name in $'\e[31mred' $'new\nline' $'caf\xc3\xa9' $'\xc2\x9bm' $'latin-\xe9' $'cut-\xe2\x82' $'\x7fdel' $'\xe2\x82\xac' \
+  $'\xed\xa0\x80' $'\xc0\xaf' $'\xf0\x9f\x98\x80' $'\xf4\x90\x80\x80' $'tab\there' plain\ name\\; do
+  ln -s "$name" "$name"
+done
+mkdir $'dir\rectory'
+on_a_terminal() {
+  "$PYTHON" - "$@" <<'PROGRAM'
+import os, pty, sys
+said = []
+def read(descriptor):
+    said.append(os.read(descriptor, 65536))
+    return b""
+status = pty.spawn(sys.argv[1:], read)
+sys.stdout.buffer.write(b"".join(said).replace(b"\r\n", b"\n"))
+sys.exit(os.waitstatus_to_exitcode(status))
+PROGRAM
+}
+expected=$(sort <<'END'
+?[31mred
+new?line
+café
+??m
+latin-?
+cut-??
+?del
+€
+???
+??
+😀
+????
+tab?here
+plain name\
+END
+)
+same 'names on a terminal' "$(sort <<<"$expected"$'\n''dir?ectory')" "$(on_a_terminal "$ls" | sort)"
+same 'links on a terminal' "$expected" "$(on_a_terminal "$ls" -l | sed -n 's/.* -> //p' | sort)"
+same 'headers on a terminal' '.:
+./dir?ectory:' "$(on_a_terminal "$ls" -R | grep ':$')"
+same 'complaints on a terminal' "ls: cannot access 'no?where': No such file or directory" \
+  "$(on_a_terminal "$ls" $'no\ewhere' || true)"
+compare
+compare -l
 
 ((failures == 0)) || exit 1
 echo 'ls lists as the system does'

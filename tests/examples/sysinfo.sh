@@ -3,6 +3,8 @@
 # the catalogue. EXAMPLES names the folder of the built examples.
 set -uo pipefail
 export LC_ALL=C
+# shellcheck source=hindered.bash
+source "$(dirname "$0")/hindered.bash"
 program=${EXAMPLES:?}/sysinfo
 : "${SOURCE_DIR:?}" "${CC:?}" "${PYTHON:?}" "${TARGET:?}"
 if [[ ! -x $program ]]; then
@@ -184,8 +186,7 @@ void pxfstructcreate_(const char *name, int32_t *handle, int32_t *error, intptr_
 }
 END
   "$CC" "${width_flags[@]}" -shared -fPIC -o "$work/refusing.so" "$work/refusing.c" -ldl
-  timeout 60 env LD_PRELOAD="$work/refusing.so" ASAN_OPTIONS=verify_asan_link_order=0:detect_leaks=0 \
-    "$program" >"$work/out" 2>"$work/err"
+  preloaded "$work/refusing.so" "$program" >"$work/out" 2>"$work/err"
   same 'status with a refusing library' 1 $?
   same 'standard error with a refusing library' 'sysinfo: the library does not know SIGWINCH
 sysinfo: the library makes no record dirent
@@ -195,7 +196,18 @@ sysinfo: the library does not treat st_mode of stat as it is told here' "$(cat "
   same 'an unknown name' 'SIGWINCH unknown' "$(grep '^SIGWINCH' "$work/constants")"
 }
 
-for name in constants form records complaints; do
+test_output() {
+  timeout 60 "$program" >/dev/full 2>"$work/err"
+  same 'status with a full device' 1 $?
+  same 'standard error with a full device' 'sysinfo: standard output: No space left on device' "$(cat "$work/err")"
+  timeout 60 "$program" >&- 2>"$work/err"
+  same 'status without an output' 1 $?
+  same 'standard error without an output' 'sysinfo: standard output: Bad file descriptor' "$(cat "$work/err")"
+  make_hindrance "$work/hindered.so"
+  same 'the table with interrupted calls' "$(timeout 60 "$program")" "$(hindered "$program")"
+}
+
+for name in constants form records complaints output; do
   "test_$name"
 done
 printf '%d checks, %d failed\n' "$checks" "$failures"

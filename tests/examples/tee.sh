@@ -2,6 +2,8 @@
 # The example tee copies through files, pipes and FIFOs, byte by byte as they are.
 set -euo pipefail
 
+# shellcheck source=hindered.bash
+source "$(dirname "$0")/hindered.bash"
 tee=$EXAMPLES/tee
 place=$(mktemp -d)
 trap 'rm -rf "$place"' EXIT
@@ -34,11 +36,48 @@ wait
 expect 'a FIFO gets a copy' cmp input from_fifo
 expect 'the name of a file keeps its blanks' cmp input 'name with blank '
 
-# A reader that leaves does not end the copying to the others.
+# Without a reader there is nothing left to do, whatever is still to be read.
 status=0
-"$tee" kept <input 2>errors | head -c 10 >/dev/null || status=${PIPESTATUS[0]}
-expect 'the file is whole though the reader left' cmp input kept
-expect 'the lost reader is told' grep -q 'standard output' errors
+yes | timeout 60 "$tee" kept 2>errors | head -n 1 >/dev/null || status=${PIPESTATUS[1]}
+expect 'it ends when the reader has left' test "$status" = 1
+expect 'the lost reader is told' grep -qx 'tee: standard output: Broken pipe' errors
+expect 'the file has what was copied until then' cmp -n "$(stat -c %s kept)" kept <(yes)
+
+# Other readers that leave do not end the copying to the rest.
+head -c 10 fifo >/dev/null &
+status=0
+"$tee" fifo rest <input >out 2>errors || status=$?
+wait
+expect 'a lost reader of a FIFO gives status 1' test "$status" = 1
+expect 'the lost reader of a FIFO is told' grep -qx 'tee: fifo: Broken pipe' errors
+expect 'the output is whole though another reader left' cmp input out
+expect 'the file behind it is whole though a reader left' cmp input rest
+
+status=0
+"$tee" full /dev/full <input >out 2>errors || status=$?
+expect 'a full device gives status 1' test "$status" = 1
+expect 'a full device is told once' diff errors <(echo 'tee: /dev/full: No space left on device')
+expect 'the file beside a full device is whole' cmp input full
+status=0
+"$tee" closed <input >&- 2>errors || status=$?
+expect 'no output gives status 1' test "$status" = 1
+expect 'the file is whole without an output' cmp input closed
+status=0
+yes | timeout 60 "$tee" >/dev/full 2>errors || status=${PIPESTATUS[1]}
+expect 'it ends when there is nowhere left to write' test "$status" = 1
+
+make_hindrance "$place/hindered.so"
+hindered "$tee" slowly <input >out
+expect 'interrupted calls lose nothing of the output' cmp input out
+expect 'interrupted calls lose nothing of a file' cmp input slowly
+
+# More files than can be open.
+status=0
+(ulimit -n 12 && exec "$tee" limited{1..20} <input >out 2>errors) || status=$?
+expect 'too many files give status 1' test "$status" = 1
+expect 'they are told' grep -qx 'tee: limited20: Too many open files' errors
+expect 'the output is whole' cmp input out
+expect 'the files that could be opened are whole' cmp input limited1
 
 status=0
 "$tee" no/such/directory/file <input >out 2>errors || status=$?

@@ -3,6 +3,8 @@
 # of the built examples.
 set -uo pipefail
 export LC_ALL=C TZ=UTC
+# shellcheck source=hindered.bash
+source "$(dirname "$0")/hindered.bash"
 program=${EXAMPLES:?}/treereport
 if [[ ! -x $program ]]; then
   printf 'FAILED: there is no program %s\n' "$program"
@@ -203,9 +205,12 @@ test_trailing_blanks() {
   echo 12 >"$tree/sub/dir /inside"
   echo 1 >"$tree/. /inside"
   echo 1 >"$tree/.. /inside"
+  # Of the same size and time they come in the order of their names.
+  echo 12345678 | tee "$tree/equal"{'  ',' ','','!'}{,' '} >/dev/null
+  find "$tree" -exec touch -d '2020-01-01 00:00:00' {} +
   reports "$tree"
   same_all "$tree"
-  same 'files of names with blanks at the end' 6 "$(value files)"
+  same 'files of names with blanks at the end' 12 "$(value files)"
   reports "$tree/sub/dir "
   same_all "$tree/sub/dir "
 }
@@ -393,6 +398,30 @@ test_arguments() {
   refused 1 "treereport: $(printf '/x%.0s' {1..5000}): the name is too long" "$(printf '/x%.0s' {1..5000})"
 }
 
+test_output() {
+  mkdir "$work/small"
+  echo content >"$work/small/file"
+  timeout 60 "$program" "$work/small" >/dev/full 2>"$work/err"
+  same 'status with a full device' 1 $?
+  same 'standard error with a full device' 'treereport: standard output: No space left on device' "$(cat "$work/err")"
+  timeout 60 "$program" "$work/small" >&- 2>"$work/err"
+  same 'status without an output' 1 $?
+  same 'standard error without an output' 'treereport: standard output: Bad file descriptor' "$(cat "$work/err")"
+  make_hindrance "$work/hindered.so"
+  same 'the report with interrupted calls' "$(timeout 60 "$program" "$work/small" | grep -v '^  date')" \
+    "$(hindered "$program" "$work/small" | grep -v '^  date')"
+}
+
+# One directory is open at a time, and none stays open.
+test_few_descriptors() {
+  local number
+  for number in {1..40}; do mkdir -p "$work/wide/$number/deeper"; done
+  (ulimit -n 12 && exec timeout 60 "$program" "$work/wide") >"$work/out" 2>"$work/err"
+  same 'status with few descriptors' 0 $?
+  same_counts "$work/wide"
+  same 'a tree with few descriptors is complete' 'Everything was examined.' "$(tail -n 1 "$work/out")"
+}
+
 # The whole system is too much to report on: it is enough that the walk goes on, or has come to an end.
 test_root() {
   local outcome files
@@ -403,7 +432,7 @@ test_root() {
   same 'the root of all is no error' '' "$(cat "$work/err")"
 }
 
-for name in plain empty names trailing_blanks dangling permissions depth many changes header arguments root; do
+for name in plain empty names trailing_blanks dangling permissions depth many changes header arguments output few_descriptors root; do
   "test_$name"
 done
 printf '%d checks, %d failed\n' "$checks" "$failures"
