@@ -38,6 +38,7 @@ class Session:
         self.pid, self.master = pty.fork()
         if self.pid == 0:
             os.execv(command[0], command)
+        os.set_inheritable(self.master, False)
         self.unread = ""
 
     def comes(self, pattern, patience):
