@@ -10,6 +10,9 @@ from pathlib import Path
 
 APIGEN = Path(__file__).resolve().parents[2] / "tools" / "apigen.py"
 
+sys.dont_write_bytecode = True  # the source tree stays as it is
+sys.path.insert(0, str(APIGEN.parent))
+
 SAMPLE = r'''
 [area]
 name = "sample"
@@ -337,15 +340,19 @@ summary = "receive a number"
 text = "Receives."
 origin = "this library"
 binding = "plain"
-args = [{ name = "times", type = "integer(8)", intent = "in", text = "a number" }]
+args = [
+  { name = "times", type = "integer(8)", intent = "in", text = "a number" },
+  { name = "place", type = "integer(4)", intent = "none", text = "a number or a place" },
+]
 example = """
 use qxport_posix, only: receive
-if (receive(2_8) /= 0) stop 1
+if (receive(2_8, 3) /= 0) stop 1
 end
 """
 
 [[routine]]
 name = "pair8"
+also = ["pair"]
 like = "pair"
 kind = "subroutine"
 summary = "make a wide pair"

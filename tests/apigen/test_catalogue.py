@@ -1,4 +1,4 @@
-"""The library's own catalogue: it is valid, its modules and examples compile, its tables are complete."""
+"""The library's own catalogue: it is valid, and its tables are complete."""
 
 import re
 import subprocess
@@ -11,8 +11,6 @@ from support import APIGEN
 
 API = APIGEN.parents[1] / "api"
 KINDS = ["sigset", "sigaction", "utsname", "tms", "dirent", "stat", "utimbuf", "flock", "termios", "group", "passwd"]
-# A generic of ours may bear the name of one of the compiler's own intrinsics.
-FLAGS = ("-std=f2018", "-Wall", "-Wextra", "-Wno-intrinsics-std", "-Werror", "-fsyntax-only")
 
 
 class OwnCatalogue(unittest.TestCase):
@@ -21,7 +19,7 @@ class OwnCatalogue(unittest.TestCase):
         temporary = tempfile.TemporaryDirectory()
         cls.addClassCleanup(temporary.cleanup)
         cls.root = Path(temporary.name)
-        cls.made = [cls.apigen("--out", cls.root / "out"), cls.apigen("--examples", cls.root / "examples")]
+        cls.made = cls.apigen("--out", cls.root / "out")
 
     @staticmethod
     def apigen(*arguments):
@@ -29,21 +27,7 @@ class OwnCatalogue(unittest.TestCase):
         return subprocess.run(command, capture_output=True, text=True, check=False)
 
     def test_it_is_valid(self):
-        for result in self.made:
-            self.assertEqual((result.returncode, result.stderr), (0, ""))
-
-    def test_modules_and_examples_compile(self):
-        self.compile(self.root / "out/fortran/qxport.f90")
-        examples = sorted((self.root / "examples").iterdir())
-        self.assertTrue(examples)
-        for example in examples:
-            with self.subTest(example.name):
-                self.compile(example)
-
-    def compile(self, source):
-        result = subprocess.run(["gfortran", *FLAGS, str(source)], cwd=self.root, capture_output=True, text=True,
-                                check=False)
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        self.assertEqual((self.made.returncode, self.made.stderr), (0, ""))
 
     def test_record_kinds(self):
         text = (self.root / "out/private/qxport_records.h").read_text()

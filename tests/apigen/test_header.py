@@ -26,6 +26,7 @@ int32_t shiftl_(void);
 void fortran_other(void);
 void qxport_other_(void);
 void other8_(const int64_t *);
+int32_t receive_(const int64_t *, int32_t *);
 void pxfsend_(const char *, const int32_t *, qxport_charlen);
 int32_t flushqq_(const int32_t *);
 int32_t for_nargs(void);

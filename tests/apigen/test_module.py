@@ -23,7 +23,9 @@ letters = everything(1, BAD_HANDLE_copy(), sample_record=record, default='x', bu
 call plain(QUOTES, LEAST)
 call other()
 call other(LEAST_LONG)
-call pxfsend('x', receive(LEAST_LONG))
+call pxfsend('x', receive(LEAST_LONG, 2) + receive(LEAST_LONG, LEAST + 1))
+call pair(int(HALF, 8))
+call pair8(int(HALF, 8))
 if (core_flush(6) .neqv. YES) ErrCount = ErrCount + int(HALF)
 contains
   function BAD_HANDLE_copy() result(copy)
@@ -82,9 +84,9 @@ class Module(CatalogueCase):
                 self.run_clean("gfortran", f"-m{width}", "-c", self.out / "fortran/qxport.f90", cwd=self.root)
                 self.run_clean("gfortran", f"-m{width}", "-std=f2018", "-c", "user.f90", cwd=self.root)
                 needed = {line.split()[-1] for line in self.run_clean("nm", "-u", "user.o", cwd=self.root).splitlines()}
-                ours = {"qxport_everything_", "qxport_plain_", "qxport_other_", "qxport_other8_", "qxport_flushqq_"}
+                ours = {"qxport_pair8_", "qxport_everything_", "qxport_plain_", "qxport_other_", "qxport_other8_", "qxport_flushqq_"}
                 self.assertLessEqual(ours | {"ErrCount"}, needed)
-                self.assertFalse({"everything_", "plain_", "flushqq_"} & needed)
+                self.assertFalse({"everything_", "plain_", "flushqq_", "qxport_pair_"} & needed)
                 self.assertLessEqual({"pxfsend_", "receive_"}, needed)
                 self.assertFalse({"qxport_pxfsend_", "qxport_receive_"} & needed)
 
@@ -96,7 +98,7 @@ class Module(CatalogueCase):
             ("call pxfsend('x', 2_8)", "Type mismatch in argument 'times'"),
             ("call pxfsend(2, 3)", "Type mismatch in argument 'word'"),
             ("call pxfsend('x')", "Missing actual argument for argument 'times'"),
-            ("print *, receive(2)", "Type mismatch in argument 'times'"),
+            ("print *, receive(2, 3)", "Type mismatch in argument 'times'"),
         ):
             with self.subTest(call):
                 (self.root / "wrong.f90").write_text(f"use qxport\n{call}\nend\n")

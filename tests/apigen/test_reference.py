@@ -5,7 +5,7 @@ import subprocess
 import unittest
 from html.parser import HTMLParser
 
-from support import CatalogueCase
+from support import BINDING, CatalogueCase
 
 VOID = {"meta", "link", "input", "br", "hr", "img"}
 
@@ -240,6 +240,13 @@ class ManPages(CatalogueCase):
         self.assertNotIn("NSIG", text)
         self.assertNotIn("SA_SIGINFO", self.render("man3/constants.3f"))
         self.assertIn("qxport_numbers(3f)", self.render("man7/qxport.7"))
+
+    def test_intrinsic_of_the_compiler_is_told(self):
+        told = "GNU Fortran has an intrinsic procedure {} of its own"
+        self.assertNotIn("GNU Fortran", self.render("man3/pair.3f"))
+        self.write({"posix_binding.toml": BINDING.replace('"pair8"', '"rename"')})
+        self.generate("--only", "man")
+        self.assertIn(told.format("rename"), " ".join(self.render("man3/rename.3f").split()))
 
     def test_routine_like_another(self):
         text = self.render("man3/pair8.3f")

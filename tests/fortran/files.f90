@@ -36,6 +36,7 @@ program files
   call test_names()
   call test_getcwd()
   call test_stat()
+  call test_status_arrays_of_any_length_and_kind()
   call test_large_file()
   call test_processes()
   call test_host_and_login()
@@ -208,6 +209,39 @@ contains
     call check_failure(stati8('missing', statb8), enoent, 'stati8 of a missing file')
     call check_failure(lstati8('missing', statb8), enoent, 'lstati8 of a missing file')
     call check(all(statb == -77) .and. all(statb8 == -77), 'a failure leaves the array')
+  end subroutine
+
+  ! GNU Fortran would take its own intrinsics for calls that did not fit, and they end the program for so few elements.
+  ! Of ours the recorded error tells.
+  subroutine test_status_arrays_of_any_length_and_kind()
+    integer(4) :: few(12), many(20)
+    integer(8) :: few8(12), wanted(13)
+    integer :: unit
+    few = -77
+    many = -77
+    few8 = -77
+    call check_failure(stat('missing', few), enoent, 'stat into 12 elements')
+    call check_failure(lstat('missing', few(:)), enoent, 'lstat into 12 elements')
+    call check_failure(fstat(99, few), einval, 'fstat into 12 elements')
+    call check_failure(stat('missing', few8), enoent, 'stat into 12 elements of INTEGER(8)')
+    call check_failure(lstat('missing', few8), enoent, 'lstat into 12 elements of INTEGER(8)')
+    call check_failure(fstat(99, few8), einval, 'fstat into 12 elements of INTEGER(8)')
+    call check_failure(fstati8(99, few8), einval, 'fstati8 into 12 elements')
+    call check(all(few == -77) .and. all(few8 == -77), 'failures leave them')
+    call check(stati8('target', wanted), 0, 'stati8 of a file')
+    call check(stat('target', few8), 0, 'stat of a file, of INTEGER(8)')
+    call check(all(few8 == wanted(:12)), 'the same as stati8')
+    call check(stat('target', many), 0, 'stat into 20 elements')
+    call check(all(many(3:12) == int(wanted(3:12))), 'the same in INTEGER(4)')
+    call check(all(many(13:) == -77), 'those behind stay')
+    call check(lstati8('link', wanted), 0, 'lstati8 of a link')
+    call check(lstat('link', few8), 0, 'lstat of a link, of INTEGER(8)')
+    call check(all(few8 == wanted(:12)), 'the same as lstati8')
+    open (newunit=unit, file='target')
+    call check(fstati8(unit, wanted), 0, 'fstati8 of a unit')
+    call check(fstat(unit, few8), 0, 'fstat of a unit, of INTEGER(8)')
+    call check(all(few8 == wanted(:12)), 'the same as fstati8')
+    close (unit)
   end subroutine
 
   subroutine test_large_file()

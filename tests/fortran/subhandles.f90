@@ -60,6 +60,9 @@ contains
     answer = pxfcallsubhandle(adding, value, error)
     call check(error, 0, 'call a subroutine')
     call check(total, 84, 'what the subroutine does')
+    answer = pxfcallsubhandle(adding, 6, error)
+    answer = pxfcallsubhandle(adding, value - 32, error)
+    call check(total, 100, 'a literal and an expression as the argument')
   end subroutine
 
   subroutine check_refusals()

@@ -18,14 +18,18 @@ plain_names_are_exported_and_have_no_alias() {
   sed 's/.*/qxport_&_/' plain | grep -xFf - aliases | expect_empty 'plain names with an alias' || true
 }
 
-# A name that is no intrinsic is an error each; so one that is has no line.
-no_compiler_knows_a_plain_name() {
+# not_intrinsics FILE: those of the names that the compiler does not know.
+not_intrinsics() {
   local name
   while read -r name; do
     printf 'subroutine s_%s\n  intrinsic :: %s\nend\n' "$name" "$name"
-  done <plain >intrinsic.f90
+  done <"$1" >intrinsic.f90
   LC_ALL=C "$FC" -std=gnu -fsyntax-only -fmax-errors=0 -fdiagnostics-plain-output intrinsic.f90 2>&1 |
-    sed -nE "s/.*'(\w+)' declared INTRINSIC at .* does not exist.*/\1/p" | sort -u >unknown || true
+    sed -nE "s/.*'(\w+)' declared INTRINSIC at .* does not exist.*/\1/p" | sort -u || true
+}
+
+no_compiler_knows_a_plain_name() {
+  not_intrinsics plain >unknown
   comm -23 plain unknown | expect_empty 'plain names of an intrinsic'
 }
 
@@ -39,6 +43,40 @@ no_archive_has_a_plain_name() {
   sed 's/$/_/' plain | grep -xFf - archived | expect_empty 'plain names in an archive of the compiler' || true
 }
 
+# Of names that it knows itself the compiler may take its own procedure without a word: their pages say so.
+names_of_intrinsics_are_told() {
+  local name
+  sed -nE 's/^  public :: (\w+)$/\1/p' "$GENERATED/fortran/qxport.f90" | sort -u >offered
+  [[ -s offered ]] || fail 'the module offers nothing'
+  not_intrinsics offered >unknown
+  comm -23 offered unknown >intrinsics
+  grep -qx stat intrinsics || fail 'the compiler knows no STAT'
+  while read -r name; do
+    grep -rlE "^GNU Fortran has an intrinsic procedure .fB$name.fP of its own" "$GENERATED/man/man3" | grep -q . ||
+      echo "$name"
+  done <intrinsics | expect_empty 'names of intrinsics whose pages do not say so'
+}
+
+# What the pages promise for compilers that are kept to a standard.
+standard_keeps_intrinsics_out() {
+  local call
+  while read -r call; do
+    printf '%s\n' 'use qxport' 'integer(2) :: status' 'integer(8) :: unit' 'character(9) :: name' 'logical :: answer' \
+      'status = 0; unit = 0' "$call" end >call.f90
+    "$FC" "${target_flags[@]}" "${fortran_flags[@]}" -fsyntax-only call.f90 >call.log 2>&1 ||
+      { fail "$call is not taken for an intrinsic"; cat call.log; }
+    if "$FC" "${target_flags[@]}" "${fortran_flags[@]}" -std=f2018 -fsyntax-only call.f90 >call.log 2>&1; then
+      fail "$call compiles by the standard"
+    fi
+  done <<'CALLS'
+answer = isatty(unit)
+print *, kill(unit, 0_8)
+call exit(unit)
+call sleep(status)
+call ttynam(6, name)
+CALLS
+}
+
 wrong_argument_is_named() {
   "$PYTHON" "$SOURCE_DIR/tests/link/wrong_calls.py" "$SOURCE_DIR/api" aliases "$FC" "${target_flags[@]}" \
     "${fortran_flags[@]}" | expect_empty 'wrong calls'
@@ -48,4 +86,6 @@ plain_names_are_exported_and_have_no_alias
 no_compiler_knows_a_plain_name
 no_archive_has_a_plain_name
 wrong_argument_is_named
+names_of_intrinsics_are_told
+standard_keeps_intrinsics_out
 finish

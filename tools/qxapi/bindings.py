@@ -23,7 +23,7 @@ def with_bindings(tables):
 
 def shared_names(entries):
     """The names under which a module offers several of the routines `entries`."""
-    counts = Counter(module_names(entry)[0] for entry in entries)
+    counts = Counter(name for entry in entries for name in (module_names(entry)[0], *entry.get("also", [])))
     return {name for name, count in counts.items() if count > 1}
 
 

@@ -47,6 +47,7 @@ class Routine:
     example: str | None
     related: tuple[str, ...]
     module_why: str | None
+    also: tuple[str, ...]  # further generic names of the module that lead to it
     targets: tuple[str, ...]
 
     def exists_on(self, target):
@@ -259,5 +260,6 @@ def _routine(table):
         example=table.get("example"),
         related=tuple(table.get("related", [])),
         module_why=table.get("module_why"),
+        also=tuple(table.get("also", [])),
         targets=tuple(table.get("targets", ["32-bit", "64-bit"])),
     )

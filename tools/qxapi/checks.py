@@ -21,6 +21,7 @@ def problems(tables):
         + _module_clashes(entries, areas)
         + _generic_clashes(entries)
         + _shared_plain_names(entries)
+        + _further_names(entries)
         + _reserved_pages(entries)
         + _unique(entries, _parameters, "constant")
         + _parameter_clashes(entries)
@@ -104,6 +105,22 @@ def _generic_clashes(entries):
     ]
 
 
+def _further_names(entries):
+    """A further name of a routine is the generic name of another one of its area, and of its sort."""
+    known = {
+        (path, module_names(entry)[0], entry["kind"])
+        for path, what, _, entry in entries
+        if what == "routine" and not entry.get("also")
+    }
+    return [
+        f"{path}: {name}: `also`: the area has no {entry['kind']} `{also}`"
+        for path, what, name, entry in entries
+        if what == "routine"
+        for also in entry.get("also", [])
+        if (path, also, entry["kind"]) not in known or not module_names(entry)[0]
+    ]
+
+
 def _shared_plain_names(entries):
     """Several routines of one name make a generic, and what stands behind a generic is an alias."""
     routines = [(path, name, entry) for path, what, name, entry in entries if what == "routine"]
@@ -111,7 +128,7 @@ def _shared_plain_names(entries):
     return [
         f"{path}: {name}: no plain binding: the module offers several routines as `{module_names(entry)[0]}`"
         for path, name, entry in routines
-        if entry.get("binding") == "plain" and module_names(entry)[0] in shared
+        if entry.get("binding") == "plain" and not shared.isdisjoint([module_names(entry)[0], *entry.get("also", [])])
     ]
 
 

@@ -15,7 +15,9 @@ def declaration(argument, record=None, documented=False):
     if argument.kind.base == "any":
         words.append("dimension(*)")
     words += ["value"] if argument.value else []
-    words += [f"intent({argument.intent if documented else _compiled_intent(argument)})"] + optional
+    if argument.intent != "none":
+        words.append(f"intent({argument.intent if documented else _compiled_intent(argument)})")
+    words += optional
     return f"{', '.join(words)} :: {argument.name}{_shape(argument, documented)}"
 
 

@@ -73,6 +73,7 @@ TABLES = {
         "module": ((bool,), False),
         "module_why": (_TEXT, False),
         "binding": (_TEXT, False),
+        "also": ((list,), False),
         "targets": ((list,), False),
     },
     "argument": {

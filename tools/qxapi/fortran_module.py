@@ -69,6 +69,9 @@ def _area_module(area, target):
         for routine in routines:
             lines += interface_body(routine)
         lines += [f"  end interface{name}"]
+    for routine in area.offered(target):
+        for name in routine.also:
+            lines += ["", f"  interface {name}", f"    procedure :: {routine.specific}", f"  end interface {name}"]
     return lines + [f"end module {area.module}"]
 
 

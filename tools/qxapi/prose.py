@@ -2,6 +2,7 @@
 
 import re
 
+from .compiler_names import INTRINSICS
 from .declarations import declaration, wrapped
 from .header import broken, prototype
 
@@ -21,7 +22,7 @@ the program is compiled. All names under `constants` are in the module, without 
 those below. The module is not part of `qxport`, because programs have long declared such names themselves.
 """
 USE_NUMBERS = "use qxport_numbers, only: F_WRLCK, O_CREAT, SEEK_SET, SIGINT, ENOENT"
-INTENTS = {"in": "input", "out": "output", "inout": "input and output"}
+INTENTS = {"in": "input", "out": "output", "inout": "input and output", "none": "input, may be written"}
 
 
 def paragraphs(text):
@@ -111,12 +112,16 @@ def host_value(constant):
 
 
 def notes(routine):
-    """Where the routine does not exist, or is not offered."""
+    """Where the routine does not exist, or is not offered, or another one may be taken for it."""
     found = []
     if len(set(routine.targets)) == 1:
         found.append(f"This routine exists on {routine.targets[0]} targets only.")
     if routine.module_why:
         found.append(f"It is not in the Fortran module: {_sentence(routine.module_why)}")
+    if routine.generic in INTRINSICS:
+        found.append(f"GNU Fortran has an intrinsic procedure `{routine.generic}` of its own, and may take that one without "
+                     "a word for a call that does not fit this interface: arguments of another kind, another number of "
+                     "them. With `-std=f2018`, or another standard, such a call does not compile.")
     return found
 
 

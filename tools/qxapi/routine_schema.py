@@ -8,7 +8,7 @@ from .ckeywords import UNSAFE
 from .kinds import parse_kind
 
 TARGETS = ("32-bit", "64-bit")
-INTENTS = ("in", "out", "inout")
+INTENTS = ("in", "out", "inout", "none")
 _SHAPE = re.compile(r"((\d+|[a-z]\w*),\s*)*(\d+|[a-z]\w*|\*)\Z")
 
 
@@ -105,8 +105,9 @@ def _lists(entry):
     reasons = []
     for number, error in enumerate(entry.get("errors", []), 1):
         reasons += [f"error {number}: {reason}" for reason in keys(error, "error")]
-    if not all(isinstance(name, str) for name in entry.get("related", [])):
-        reasons.append("`related` must be a list of names")
+    for key in ("related", "also"):
+        if not all(isinstance(name, str) for name in entry.get(key, [])):
+            reasons.append(f"`{key}` must be a list of names")
     if "targets" in entry:
         targets = entry["targets"]
         if not targets or any(target not in TARGETS for target in targets):
