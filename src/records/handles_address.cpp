@@ -1,88 +1,73 @@
 // Handles on targets of 32-bit addresses: the address itself. Which addresses are handles is kept beside, so
 // that a stale or foreign number is refused and not followed.
 #include "records/handles.h"
+#include "records/published.h"
 
-#include <algorithm>
 #include <cstdlib>
 
 using namespace qxport;
 
 namespace {
 
-// A set of addresses: open addressing with linear probing, at most half full.
+// A set of addresses: a bit for each that there is, in pages that are made when they are needed and that stay
+// until the set is cleared. So one thread enters and removes while others look up, and nothing ever moves.
 class AddressSet {
 public:
   bool contains(uintptr_t address) const {
-    return address != 0 && capacity_ != 0 && *place_of(address) == address;
+    const Page *const *pages = published(regions_[address / REGION]);
+    const Page *page = pages == nullptr ? nullptr : published(pages[address % REGION / PAGE]);
+    return page != nullptr && (published(page->words[word_of(address)]) & bit_of(address)) != 0;
   }
 
   // False when memory ran out.
   bool insert(uintptr_t address) {
-    if (contains(address))
-      return true;
-    if (count_ * 2 >= capacity_ && !grow())
+    Page **&pages = regions_[address / REGION];
+    if (!provide(pages, REGION / PAGE))
       return false;
-    *place_of(address) = address;
-    ++count_;
+    Page *&page = pages[address % REGION / PAGE];
+    if (!provide(page, 1))
+      return false;
+    uint32_t &word = page->words[word_of(address)];
+    publish(word, word | bit_of(address));
     return true;
   }
 
-  // Closes the gap, so that no mark of a removed address is needed.
+  // Of an address that is in the set.
   void remove(uintptr_t address) {
-    uint32_t gap = static_cast<uint32_t>(place_of(address) - places_);
-    places_[gap] = 0;
-    --count_;
-    for (uint32_t next = following(gap); places_[next] != 0; next = following(next)) {
-      const uint32_t wanted = first_place(places_[next]);
-      if (((next - wanted) & (capacity_ - 1)) >= ((next - gap) & (capacity_ - 1))) {
-        places_[gap] = places_[next];
-        places_[next] = 0;
-        gap = next;
-      }
-    }
+    uint32_t &word = regions_[address / REGION][address % REGION / PAGE]->words[word_of(address)];
+    publish(word, word & ~bit_of(address));
   }
 
   void clear() {
-    free(places_);
-    places_ = nullptr;
-    capacity_ = 0;
-    count_ = 0;
+    for (Page **&pages : regions_) {
+      for (size_t i = 0; pages != nullptr && i < REGION / PAGE; ++i)
+        free(pages[i]);
+      free(pages);
+      pages = nullptr;
+    }
   }
 
 private:
-  static constexpr uint32_t LEAST_CAPACITY = 64;
+  static constexpr uintptr_t PAGE = 1 << 12;    // addresses of a page
+  static constexpr uintptr_t REGION = 1 << 22;  // addresses of the pages made known at once
+  static constexpr uintptr_t WORD = 32;
 
-  uint32_t first_place(uintptr_t address) const {
-    return ((static_cast<uint32_t>(address) * 2654435769U) >> 7) & (capacity_ - 1);
-  }
-  uint32_t following(uint32_t place) const { return (place + 1) & (capacity_ - 1); }
+  struct Page {
+    uint32_t words[PAGE / WORD];
+  };
 
-  // Where the address stands, or the free place where it would.
-  uintptr_t *place_of(uintptr_t address) const {
-    uint32_t place = first_place(address);
-    while (places_[place] != 0 && places_[place] != address)
-      place = following(place);
-    return &places_[place];
-  }
+  static size_t word_of(uintptr_t address) { return address % PAGE / WORD; }
+  static uint32_t bit_of(uintptr_t address) { return uint32_t{1} << (address % WORD); }
 
-  bool grow() {
-    AddressSet larger;
-    larger.capacity_ = std::max(LEAST_CAPACITY, capacity_ * 2);
-    larger.places_ = static_cast<uintptr_t *>(calloc(larger.capacity_, sizeof(uintptr_t)));
-    if (larger.places_ == nullptr)
-      return false;
-    for (uint32_t place = 0; place < capacity_; ++place)
-      if (places_[place] != 0)
-        *larger.place_of(places_[place]) = places_[place];
-    free(places_);
-    places_ = larger.places_;
-    capacity_ = larger.capacity_;
-    return true;
+  // Makes `count` zeroed things known where there are none yet. False when memory ran out.
+  template <typename Thing>
+  static bool provide(Thing *&cell, size_t count) {
+    if (cell == nullptr)
+      publish(cell, static_cast<Thing *>(calloc(count, sizeof(Thing))));
+    return cell != nullptr;
   }
 
-  uintptr_t *places_ = nullptr;
-  uint32_t capacity_ = 0;
-  uint32_t count_ = 0;
+  Page **regions_[UINTPTR_MAX / REGION + 1] = {};
 };
 
 constinit AddressSet allocatable;
