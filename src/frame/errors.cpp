@@ -7,7 +7,7 @@ int32_t portlib_local_errno = 0;
 
 // N = IERRNO()
 int32_t ierrno_() {
-  return portlib_local_errno;
+  return std::atomic_ref(portlib_local_errno).load(std::memory_order_relaxed);
 }
 
 // N = GETLASTERROR()

@@ -6,10 +6,17 @@
 
 #include <qxport/qxport.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdint>
 
 namespace qxport {
+
+// In the cell that IERRNO reads. The last of several threads wins.
+inline int32_t set_local(int32_t number) {
+  std::atomic_ref(portlib_local_errno).store(number, std::memory_order_relaxed);
+  return number;
+}
 
 // In the run-time's status only.
 inline void record_status(int32_t number) {
@@ -24,7 +31,7 @@ inline void set_and_record_status(int32_t number) {
 
 // The Unix-style routines' report: the status, the cell that IERRNO reads, and the routine's result.
 inline int32_t record_local(int32_t number) {
-  portlib_local_errno = number;
+  set_local(number);
   record_status(number);
   return number;
 }

@@ -173,10 +173,10 @@ int32_t access_(const char *name, const char *mode, charlen name_len, charlen mo
 int32_t chmod_(const char *name, const char *mode, charlen name_len, charlen mode_len) {
   CString path(name, name_len);
   if (!path)
-    return portlib_local_errno = errno;
+    return set_local(errno);
   CString text(mode, mode_len);
   if (!text)
-    return portlib_local_errno = errno;
+    return set_local(errno);
 
   if (is_digit(text.get()[0])) {
     const long value = octal_mode(text.get());

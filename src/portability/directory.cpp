@@ -48,7 +48,7 @@ int32_t rename_(const char *from, const char *to, charlen from_len, charlen to_l
 // N = GETCWD(DIRNAME)
 int32_t getcwd_(char *dirname, charlen dirname_len) {
   if (dirname_len < 1)
-    return portlib_local_errno = ENOENT;
+    return set_local(ENOENT);
   const size_t length = length_of(dirname_len);
   const ShortBuffer<PATH_MAX> buffer(length + 1);
   if (buffer.get() == nullptr)

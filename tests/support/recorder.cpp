@@ -2,6 +2,7 @@
 
 #include "contract/services.h"
 
+#include <atomic>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -9,7 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-std::vector<RecordedStatus> recorded_statuses;
+thread_local std::vector<RecordedStatus> recorded_statuses;
 
 void for_errsns_load(int32_t io, int32_t number, int32_t status, int32_t unit, int32_t condition) {
   const int before = errno;
@@ -19,12 +20,12 @@ void for_errsns_load(int32_t io, int32_t number, int32_t status, int32_t unit, i
 
 void reset_error_state() {
   recorded_statuses.clear();
-  portlib_local_errno = SENTINEL;
+  std::atomic_ref(portlib_local_errno).store(SENTINEL);  // which other threads may be storing to
   errno = ERRNO_SENTINEL;
 }
 
 ErrorState error_state() {
-  ErrorState state{errno, portlib_local_errno, {}};
+  ErrorState state{errno, std::atomic_ref(portlib_local_errno).load(), {}};
   for (const RecordedStatus &recorded : recorded_statuses) {
     EXPECT_EQ(recorded.io, 0);
     EXPECT_EQ(recorded.status, 0);

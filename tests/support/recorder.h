@@ -17,8 +17,8 @@ struct RecordedStatus {
   bool operator==(const RecordedStatus &) const = default;
 };
 
-// All that was recorded since the last clear, in order.
-extern std::vector<RecordedStatus> recorded_statuses;
+// All that this thread recorded since its last clear, in order.
+extern thread_local std::vector<RecordedStatus> recorded_statuses;
 
 // Values that no routine stores by accident.
 constexpr int32_t SENTINEL = 0x5EA15EA1;
