@@ -1,0 +1,55 @@
+// Sorting and searching arrays in memory, near the limit of the hardware. Nothing here knows of Fortran.
+//
+// How an array gets sorted:
+//
+//   sort.cpp        looks at the type of the elements, once. What compares like signed integers is made such:
+//   reals
+//                   become images of themselves (images.h), strings of 4, 8 and 16 bytes integers whose first
+//                   byte is the most significant one. The kernel sorts them, and they are made again what
+//                   they were.
+//   quicksort.h     the kernel, for elements of 4, 8 and 16 bytes. An array that is in order, or in reverse
+//   order, is
+//                   found out by one reading. Any other is parted around a pivot until the parts are small.
+//   pivots.h        the pivot is the median of a sample. Where an adversary makes samples mislead, the parts
+//   are
+//                   halved by value: the number of levels is bounded by the bits of an element.
+//   partition.h     the parting, in place, without a branch that depends on an element.
+//   networks.h      the small parts: sorting networks over rows of vectors, again without a branch.
+//   reals.h         which arrays of reals have no single order, because they hold NaNs or zeros of both
+//   signs; described.h     what is done with those: Shell's sort, whose order callers know. counting.cpp
+//   elements of 1 and 2 bytes are counted rather than compared. strings.cpp     strings of all other widths,
+//   where they lie. bisection.cpp   the search.
+//
+// The kernel is written once, over vectors of a number of lanes; so far there is the single lane that every
+// processor has (lanes_portable.h). Each kind of processor has its table of functions (tier.h), and tiers.cpp
+// chooses one.
+//
+// Nothing is allocated, and the stack holds a few kilobytes at most.
+#ifndef QXPORT_SORTING_SORTING_H
+#define QXPORT_SORTING_SORTING_H
+
+#include "sorting/tier.h"
+
+#include <cstddef>
+
+namespace qxport::sorting {
+
+enum class Element { Integer1, Integer2, Integer4, Integer8, Real4, Real8, Real16 };
+
+// Bytes of an element.
+size_t width_of(Element element);
+
+// Sorts `count` elements from `array` on, at whatever address, ascending.
+void sort_numbers(const Tier &tier, Element element, void *array, size_t count);
+
+// Strings of `width` bytes in the order of their unsigned bytes. `scratch` has room for one.
+void sort_strings(const Tier &tier, void *array, size_t count, size_t width, void *scratch);
+
+// The place, from 1, of the first element equal to the key that bisection meets; 0 where it meets none. Reals
+// that compare neither less nor greater count as equal.
+size_t search_numbers(Element element, const void *key, const void *array, size_t count);
+size_t search_strings(const void *key, const void *array, size_t count, size_t width);
+
+}  // namespace qxport::sorting
+
+#endif
