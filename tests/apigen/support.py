@@ -206,6 +206,7 @@ text = "What a run-time must offer."
 
 [[routine]]
 name = "flushqq"
+families = ["compat", "posix"]
 kind = "function"
 result = "logical(4)"
 result_text = "whether it worked"

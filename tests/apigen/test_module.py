@@ -119,8 +119,11 @@ class Module(CatalogueCase):
         self.generate("--only", "module")
         self.run_clean("gfortran", "-fsyntax-only", self.out / "fortran/qxport.f90", cwd=self.root)
         (self.root / "user.f90").write_text("use qxport_posix, only: pair, pair8, MORE\n"
-                                            "use qxport_core, only: flushqq\nuse qxport_compat, only: plain\nend\n")
+                                            "use qxport_core, only: flushqq\nuse qxport_compat, only: plain, same => flushqq\n"
+                                            "use qxport_posix, only: again => flushqq\n"
+                                            "print *, flushqq(6), same(6), again(6)\nend\n")
         self.run_clean("gfortran", "-fsyntax-only", "user.f90", cwd=self.root)
+        self.assertNotIn("everything", self.read("fortran/qxport.f90").partition("module qxport_posix\n")[2])
         (self.root / "wrong.f90").write_text("use qxport_posix, only: plain\nend\n")
         result = subprocess.run(["gfortran", "-fsyntax-only", "wrong.f90"], cwd=self.root, capture_output=True,
                                 text=True, check=False)

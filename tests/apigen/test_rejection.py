@@ -240,6 +240,18 @@ class Rejection(CatalogueCase):
                 self.assertIn(f"core_run.toml: {expected}", text)
                 self.assertIn("compat_sample.toml", text)
 
+    def test_families_that_a_routine_cannot_be_in(self):
+        for old, new, reason in (
+            ('families = ["compat"', 'families = ["core"', "`families`: `core` is none of frame, posix, portability, compat"),
+            ('families = ["compat"', 'families = ["other"', "`families`: `other` is none of frame, posix"),
+            ('families = ["compat"', 'families = [3', "`families` must be a list of names"),
+            ('families = ["compat"', 'module = false\nmodule_why = "none"\nfamilies = ["compat"',
+             "`families` of a routine that is in no module"),
+        ):
+            with self.subTest(new):
+                self.write({"core_run.toml": CORE.replace(old, new)})
+                self.assertIn(reason, "\n".join(self.problems()))
+
     def test_service_of_the_wrong_library(self):
         self.write({"core_run.toml": CORE.replace('"qxcore"', '"qxport"')})
         self.assertEqual(self.rejected(), [f"{self.api / 'core_run.toml'}: area: only an area of the library qxcore "

@@ -6,9 +6,24 @@ source "$(dirname "$0")/common.bash"
 module_compiles_as_the_standard_has_it() {
   mkdir modules
   "$FC" "${target_flags[@]}" -std=f2018 -Wall -Werror -fsyntax-only -J modules "$GENERATED/fortran/qxport.f90" \
-    >module.log 2>&1 || fail 'the module does not compile'
+    "$GENERATED/fortran/qxport_numbers.f90" >module.log 2>&1 || fail 'the module does not compile'
   cat module.log
   [[ -s modules/qxport.mod ]] || fail 'there is no qxport.mod'
+}
+
+# A program of the desktop family finds all of it in the family's module, wherever the library keeps it.
+desktop_family_is_whole() {
+  local name
+  for name in "$QXPORT_LIB/libqxportmt.so" "$QXCORE_LIB/libqxcoremt_gnu.so"; do
+    nm -D --defined-only "$name"
+  done | awk '{ print $NF }' | sed -nE 's/@.*//; /^qxport_/d; s/^(\w*qq(i8)?)_$/\1/p' | sort -u >desktop
+  for name in findfileqq flushqq matherrqq; do
+    grep -qx $name desktop || fail "$name is not in the libraries"
+  done
+  while read -r name; do
+    printf 'use qxport_compat, only: %s\nend\n' "$name" >desktop.f90
+    "$FC" "${target_flags[@]}" "${fortran_flags[@]}" -fsyntax-only desktop.f90 >desktop.log 2>&1 || echo "$name"
+  done <desktop | expect_empty 'not in the module of the desktop family'
 }
 
 # Each is a whole program. That a name is an intrinsic of GNU Fortran too is no news: the module's is what it uses. One
@@ -79,6 +94,7 @@ PROGRAM
 
 module_compiles_as_the_standard_has_it
 time_is_no_subroutine
+desktop_family_is_whole
 examples_compile_and_link
 man_pages_render_without_warnings
 every_routine_has_a_page

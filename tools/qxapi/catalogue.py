@@ -48,6 +48,7 @@ class Routine:
     related: tuple[str, ...]
     module_why: str | None
     also: tuple[str, ...]  # further generic names of the module that lead to it
+    families: tuple[str, ...]  # further families whose modules have it
     targets: tuple[str, ...]
 
     def exists_on(self, target):
@@ -261,5 +262,6 @@ def _routine(table):
         related=tuple(table.get("related", [])),
         module_why=table.get("module_why"),
         also=tuple(table.get("also", [])),
+        families=tuple(table.get("families", [])),
         targets=tuple(table.get("targets", ["32-bit", "64-bit"])),
     )

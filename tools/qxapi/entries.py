@@ -74,6 +74,7 @@ TABLES = {
         "module_why": (_TEXT, False),
         "binding": (_TEXT, False),
         "also": ((list,), False),
+        "families": ((list,), False),
         "targets": ((list,), False),
     },
     "argument": {

@@ -1,6 +1,7 @@
 """The Fortran modules: an interface of every routine under its own name, and no object code."""
 
 from .declarations import WIDTH, declaration, wrapped
+from .entries import PREFIX
 
 RECORDS = "qxport_record_types"
 
@@ -21,13 +22,29 @@ def modules(catalogue, options):
     families = {}
     for area in areas:
         families.setdefault(area.family_module, []).append(area.module)
-    for family, modules_of_it in families.items():
-        lines += _module_of_modules(family, modules_of_it)
+    for area in areas:
+        for family, names in _guests(area, target).items():
+            families.setdefault(family, []).append(f"{area.module}, only: {', '.join(names)}")
+    for family, used in families.items():
+        lines += _module_of_modules(family, used)
     return "\n".join(lines + _module_of_modules("qxport", families) + [""])
 
 
+def _guests(area, target):
+    """The names of an area that modules of other families have too, by these modules."""
+    guests = {}
+    for routine in area.offered(target):
+        for family in routine.families:
+            names = guests.setdefault(f"{PREFIX}{family}", [])
+            names += [routine.generic] if routine.generic not in names else []
+    return guests
+
+
 def _module_of_modules(name, used):
-    return ["", f"module {name}"] + [f"  use {module}" for module in used] + ["  implicit none", f"end module {name}"]
+    lines = ["", f"module {name}"]
+    for module in used:
+        lines += wrapped(f"  use {module}")
+    return lines + ["  implicit none", f"end module {name}"]
 
 
 def _comment(text, indent):

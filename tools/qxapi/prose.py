@@ -4,6 +4,7 @@ import re
 
 from .compiler_names import INTRINSICS
 from .declarations import declaration, wrapped
+from .entries import PREFIX
 from .header import broken, prototype
 
 COMPILE = "gfortran prog.f90 $(pkg-config --cflags --libs qxport)"
@@ -112,12 +113,14 @@ def host_value(constant):
 
 
 def notes(routine):
-    """Where the routine does not exist, or is not offered, or another one may be taken for it."""
+    """Where the routine does not exist, or is not offered, in which other modules it is, what may be taken for it."""
     found = []
     if len(set(routine.targets)) == 1:
         found.append(f"This routine exists on {routine.targets[0]} targets only.")
     if routine.module_why:
         found.append(f"It is not in the Fortran module: {_sentence(routine.module_why)}")
+    for family in routine.families:
+        found.append(f"The module `{PREFIX}{family}` has it too.")
     if routine.generic in INTRINSICS:
         found.append(f"GNU Fortran has an intrinsic procedure `{routine.generic}` of its own, and may take that one without "
                      "a word for a call that does not fit this interface: arguments of another kind, another number of "

@@ -105,7 +105,7 @@ def _lists(entry):
     reasons = []
     for number, error in enumerate(entry.get("errors", []), 1):
         reasons += [f"error {number}: {reason}" for reason in keys(error, "error")]
-    for key in ("related", "also"):
+    for key in ("related", "also", "families"):
         if not all(isinstance(name, str) for name in entry.get(key, [])):
             reasons.append(f"`{key}` must be a list of names")
     if "targets" in entry:

@@ -26,6 +26,8 @@ def problems(path, table):
             continue
         for number, entry in enumerate(entries, 1):
             report(entry_name(entry, what, number), _CHECKS[what](entry))
+            if what == "routine":
+                report(entry_name(entry, what, number), _families(entry, table))
     return found
 
 
@@ -53,6 +55,16 @@ def _area(path, table):
     if table.get("service") and area["library"] != "qxcore":
         reasons.append("only an area of the library qxcore has services")
     return reasons
+
+
+def _families(entry, table):
+    """Why a routine cannot be in the modules of the further families that its entry names."""
+    named, area = entry.get("families"), table.get("area")
+    if not isinstance(named, list) or not isinstance(area, dict):
+        return []
+    others = [family for family in FAMILIES if family != area.get("family")]
+    reasons = [f"`families`: `{name}` is none of {', '.join(others)}" for name in named if name not in others]
+    return reasons + (["`families` of a routine that is in no module"] if entry.get("module") is False else [])
 
 
 def _constant(entry):
