@@ -16,7 +16,7 @@ desktop_family_is_whole() {
   local name
   for name in "$QXPORT_LIB/libqxportmt.so" "$QXCORE_LIB/libqxcoremt_gnu.so"; do
     nm -D --defined-only "$name"
-  done | awk '{ print $NF }' | sed -nE 's/@.*//; /^qxport_/d; s/^(\w*qq(i8)?)_$/\1/p' | sort -u >desktop
+  done | awk '{ print $NF }' | sed -nE 's/@.*//; /^qxport_/d; s/^(\w*qq)_$/\1/p' | sort -u >desktop
   for name in findfileqq flushqq matherrqq; do
     grep -qx $name desktop || fail "$name is not in the libraries"
   done

@@ -59,7 +59,7 @@ def main():
 def plain_routines(directory, behind_generics):
     for path in sorted(directory.glob("*.toml")):
         for entry in tomllib.loads(path.read_text(encoding="utf-8")).get("routine", []):
-            regular = entry.get("symbol", f"{entry['name']}_") == f"{entry['name']}_"
+            regular = entry.get("symbol", f"{entry['name']}_") == f"{entry['name']}_" and "module_name" not in entry
             if regular and entry.get("module", True) and f"qxport_{entry['name']}_" not in behind_generics:
                 yield entry
 
