@@ -40,6 +40,27 @@ promised_files_are_there() {
     share/doc/qxport/LICENSE; do
     [[ -s $prefix/$file ]] || fail "$file is not installed"
   done
+  # Every page and example, and the texts, as they are.
+  for file in man:share/man html:share/doc/qxport/html; do
+    diff -r "$GENERATED/${file%%:*}" "$prefix/${file#*:}" | expect_empty "${file%%:*} is installed otherwise" || true
+  done
+  (cd "$SOURCE_DIR" && ls LICENSE README.md examples/*.f90) | while read -r file; do
+    cmp "$SOURCE_DIR/$file" "$prefix/share/doc/qxport/$file" || fail "$file is not installed"
+  done
+  diff "$GENERATED/include/qxport/qxport.h" "$prefix/include/qxport/qxport.h" >&2 || fail 'another header is installed'
+  (cd "$MODULES" && ls ./*.mod) | while read -r file; do
+    cmp "$MODULES/$file" "$prefix/include/qxport/$file" || fail "$file is not installed"
+  done
+  "$PYTHON" "$SOURCE_DIR/tests/link/broken_links.py" "$prefix/share/doc/qxport/html" |
+    expect_empty 'links of the installed reference that lead nowhere'
+  for file in libqxportmt libqxcoremt_{gnu,posix}; do
+    [[ -L $prefix/lib/$file.so && -L $prefix/lib/$file.so.1 && -f $(readlink -f "$prefix/lib/$file.so.1") ]] ||
+      fail "$file.so is not installed under the names that linkers and loaders look for"
+  done
+  # For those who link statically by hand.
+  grep -qx 'Libs.private: -lm' "$prefix/lib/pkgconfig/qxport.pc" || fail 'pkg-config does not name the mathematics library'
+  sed -n '/add_library(qxport::static_library /,/^)/p' "$prefix/lib/cmake/qxport/qxportTargets.cmake" |
+    grep -q 'INTERFACE_LINK_LIBRARIES.*m' || fail 'the static target does not name the mathematics library'
   # What users read of it must not lead to this machine's directories.
   grep -rIlF -e "$BUILD_DIR" -e "$SOURCE_DIR" -e "$prefix" "$prefix/lib/pkgconfig" "$prefix/lib/cmake" \
     "$prefix/include" "$prefix/share" | expect_empty 'files that name a directory of the build' || true
@@ -117,10 +138,31 @@ serves_cmake() {
   readelf -dW "$project/build/with_static" | grep -E 'libqx' | expect_empty 'qxport::qxport_static needs' || true
 }
 
+# accepts VERSION: whether find_package finds the package when it asks for a version.
+accepts() {
+  mkdir -p version
+  printf '%s\n' 'cmake_minimum_required(VERSION 3.25)' 'project(version LANGUAGES C)' "find_package(qxport $1 REQUIRED)" \
+    >version/CMakeLists.txt
+  "$CMAKE" -S version -B version/build -G "$generator" "-DCMAKE_PREFIX_PATH=$prefix" "-DCMAKE_C_COMPILER=$CC" \
+    "-DCMAKE_C_FLAGS=${target_flags[*]}" >version.log 2>&1
+}
+versions_are_told_apart() {
+  local version
+  for version in '' 1 1.0 1.0.1 '1.0.1 EXACT'; do
+    accepts "$version" || { fail "CMake does not find version $version"; cat version.log; }
+    rm -rf version
+  done
+  for version in 0.9 1.0.2 1.1 2 '1.0.0 EXACT'; do
+    ! accepts "$version" || fail "CMake takes this for version $version"
+    rm -rf version
+  done
+}
+
 promised_files_are_there
 header_is_that_of_both_languages
 
 generator=$(sed -n 's/^CMAKE_GENERATOR:INTERNAL=//p' "$BUILD_DIR/CMakeCache.txt")
+versions_are_told_apart
 serves_pkg_config "$prefix"
 serves_cmake "$prefix" Fortran
 serves_cmake "$prefix" C

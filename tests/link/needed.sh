@@ -25,6 +25,21 @@ is_named() {
     fail "$(basename "$library") and $soname are not the same file"
 }
 
+# The file that holds the whole version, which the other names are links to.
+is_versioned() {
+  local library=$1 version
+  version=$(sed -n 's/^Version: //p' "$BUILD_DIR/qxport.pc")
+  [[ $(basename "$(readlink -f "$library")") == "$(basename "$library").$version" ]] ||
+    fail "$(basename "$library") is not $(basename "$library").$version"
+}
+
+# Nothing is brought in for which the library has no use. The loader tells; an instrumented library has its own needs.
+uses_what_it_needs() {
+  local library=$1
+  [[ -n $SANITIZE ]] || ldd -u "$library" | sed '/^Unused direct dependencies/d; /^[[:space:]]*$/d' |
+    expect_empty "$(basename "$library") needs what it does not use"
+}
+
 has_no_search_path() {
   local library=$1
   readelf -dW "$library" | grep -E 'RPATH|RUNPATH' | expect_empty "$(basename "$library") has a search path" || true
@@ -43,6 +58,11 @@ for provider in gnu posix; do
 done
 for library in "$QXPORT_LIB/libqxportmt.so" "$QXCORE_LIB"/libqxcoremt_{gnu,posix}.so; do
   has_no_search_path "$library"
+  is_versioned "$library"
+  uses_what_it_needs "$library"
 done
+
+# Without the C++ run-time, hidden by default, with 64-bit files and times, and told nothing of the build's directory.
+"$PYTHON" "$SOURCE_DIR/tests/link/options.py" "$BUILD_DIR" "$TARGET" | expect_empty 'compiled without what they need'
 
 finish
