@@ -14,13 +14,14 @@ from pathlib import Path
 
 sys.dont_write_bytecode = True  # the source tree stays as it is
 
-from qxapi import fortran_module, header, html, manpages, private, symbols  # noqa: E402
+from qxapi import calls, fortran_module, header, html, manpages, private, symbols  # noqa: E402
 from qxapi.catalogue import CatalogueError, load  # noqa: E402
 from qxapi.entries import page_name  # noqa: E402
 
 WRITERS = {
     "header": header,
     "private": private,
+    "calls": calls,
     "module": fortran_module,
     "symbols": symbols,
     "man": manpages,

@@ -1,0 +1,3 @@
+#include "fuzz/routine.h"
+
+#include <qxport_calls.inc>
