@@ -38,6 +38,29 @@ end
 """
 
 
+OWN_RECORD = """
+program own
+  use qxport_record_types, only: theirs => sample_record
+  implicit none
+  type :: sample_record
+    sequence
+    integer(4) :: default
+    integer(4) :: words(2)
+    integer(4) :: pad
+    real(8) :: when
+    character(3) :: name
+    character(2) :: names(4)
+  end type
+  type(sample_record) :: mine
+  call take(mine)
+contains
+  subroutine take(record)
+    type(theirs), intent(in) :: record
+    if (record%default == 0) stop 1
+  end subroutine
+end program
+"""
+
 # A second area of the family.
 MORE = """
 [area]
@@ -113,6 +136,29 @@ class Module(CatalogueCase):
             for name in names) + ROUTINE.format(name="shared8qq", kind="integer(4)", more='module_name = "sharedqq"')})
         plain = [name for name in names if f"qxport_{name}_" not in self.apigen("--list-symbols", "qxport").stdout]
         self.assertEqual(plain, ["pxfa", "ipxfa", "aqq", "aqqi8"])
+
+    def test_areas_offer_only_their_own_names(self):
+        self.generate("--only", "module")
+        self.run_clean("gfortran", "-fsyntax-only", self.out / "fortran/qxport.f90", cwd=self.root)
+        for module, absent in (("qxport_sample", "qxport_plain"), ("qxport_sample", "c_intptr_t"),
+                               ("qxport_sample", "c_int32_t"), ("qxport_binding", "qxport_pair8"),
+                               ("qxport", "qxport_everything")):
+            with self.subTest(absent):
+                (self.root / "wrong.f90").write_text(f"use {module}, only: {absent}\nend\n")
+                result = subprocess.run(["gfortran", "-fsyntax-only", "wrong.f90"], cwd=self.root, check=False,
+                                        capture_output=True, text=True, env=os.environ | {"LC_ALL": "C"})
+                self.assertIn(f"'{absent}' referenced at (1) not found in module '{module}'", result.stderr)
+
+    def test_records_are_sequence_types(self):
+        """A program's own type of the same name and components is the same type; so only sequence types are."""
+        self.generate("--only", "module")
+        self.run_clean("gfortran", "-fsyntax-only", self.out / "fortran/qxport.f90", cwd=self.root)
+        (self.root / "own.f90").write_text(OWN_RECORD)
+        self.run_clean("gfortran", "-std=f2018", "-fsyntax-only", "own.f90", cwd=self.root)
+        (self.root / "other.f90").write_text(OWN_RECORD.replace("words(2)", "words(3)"))
+        result = subprocess.run(["gfortran", "-fsyntax-only", "other.f90"], cwd=self.root, check=False,
+                                capture_output=True)
+        self.assertNotEqual(result.returncode, 0)
 
     def test_each_family_has_a_module_of_its_areas(self):
         self.write({"posix_more.toml": MORE})

@@ -1,11 +1,12 @@
 """The reference: man pages render without warnings, HTML is well formed and its links lead somewhere."""
 
 import os
+import re
 import subprocess
 import unittest
 from html.parser import HTMLParser
 
-from support import BINDING, CatalogueCase
+from support import BINDING, SAMPLE, CatalogueCase
 
 VOID = {"meta", "link", "input", "br", "hr", "img"}
 
@@ -94,6 +95,41 @@ class Html(CatalogueCase):
         self.assertEqual(links.count("sample.html#sample_record"), 1)
         self.assertEqual(links.count("sample.html#odd_one"), 1)
 
+    def test_constants_of_the_modules(self):
+        text = self.pages["sample.html"].text
+        for row in ("LEASTinteger(4)-2147483648the least INTEGER(4)",
+                    "LEAST_LONGinteger(8)-9223372036854775808the least INTEGER(8)",
+                    "BAD_HANDLEinteger(c_intptr_t)-1no handle", "HALFreal(8)0.5one half", "YESlogical(4).true.a truth",
+                    "QUOTEScharacter(6)'a'b\"\\'a word"):
+            self.assertIn(row, text)
+
+    def test_uses_of_arguments_are_told_apart(self):
+        text = self.pages["sample.html"].text
+        for row in ("answerinteger(4)inputnamed as", "answer_leninteger(c_intptr_t)input and outputnamed as",
+                    "sample_recordtype(sample_record)outputnamed as", "errnocharacter(8)output, optionala C",
+                    "buffertype(*)input and output, optionalbytes", "ninteger(8)input, by valuea count"):
+            self.assertIn(row, text)
+        self.assertIn("placeinteger(4)input, may be writtena number or a place", self.pages["binding.html"].text)
+
+    def test_index_is_in_the_order_of_the_names(self):
+        items = self.read("html/index.html").partition('id="name-index"')[2]
+        names = re.findall(r'<a href="[^"]*"><code>([^<]*)</code>', items)
+        self.assertEqual(names, [
+            "$$odd$one", "_LEAST_OF_ALL", "_narrow", "A_NAME_OF_MORE_THAN_24_CHARACTERS", "BAD_HANDLE", "bare_cell",
+            "constants", "ErrCount", "everything", "flushqq", "for_nargs", "fortran_other", "HALF", "HiddenCells", "LEAST",
+            "LEAST_LONG", "NSIG", "opaque_record", "other8", "pair", "pair8", "pair_record", "plain", "pxfsend", "QUOTES",
+            "qxport_numbers", "receive", "SA_SIGINFO", "sample_record", "SC_NPROCESSORS_ONLN", "shiftl", "SIGINT",
+            "SIGNOTHING", "SIGTERM", "YES"])
+
+    def test_note_names_the_target(self):
+        self.assertIn("This routine exists on 32-bit targets only.", self.pages["sample.html"].text)
+        self.write({"compat_sample.toml": SAMPLE.replace('targets = ["32-bit"]', 'targets = ["64-bit"]')})
+        self.generate("--only", "html")
+        self.assertIn("This routine exists on 64-bit targets only.", Page(self.read("html/sample.html")).text)
+        self.write({"compat_sample.toml": SAMPLE.replace('targets = ["32-bit"]', 'targets = ["64-bit", "32-bit"]')})
+        self.generate("--only", "html")
+        self.assertNotIn("targets only", self.read("html/sample.html"))
+
     def test_record_kind(self):
         text = self.pages["binding.html"].text
         self.assertIn("call pxfstructcreate('pair', jhandle, ierror)", text)
@@ -180,6 +216,9 @@ class ManPages(CatalogueCase):
             "         character(8), intent(out), optional :: errno\n",
             "         complex(8), intent(in) :: z(n)\n",
             "       n – integer(8), input, by value, in bytes\n              a count\n",
+            "       answer_len – integer(c_intptr_t), input and output\n",
+            "       sample_record – type(sample_record), output\n",
+            "       errno – character(8), output, optional\n",
             "DESCRIPTION\n       See plain, \\n and -1.\n\n       .starts with a dot\n",
             "RETURN VALUE\n       character(8)\n              eight letters\n",
             "ERRORS\n       EINVAL n is -1\n",
@@ -212,6 +251,13 @@ class ManPages(CatalogueCase):
                     r"members +character array +get +names; total elements"):
             self.assertRegex(text, rf"\n +{row}\n")
         self.assertIn("SEE ALSO\n       pair(3f), pair8(3f), qxport(7)\n", text)
+
+    def test_overview_has_the_constants_of_the_modules(self):
+        text = self.render("man7/qxport.7")
+        for row in ("LEAST – constant, integer(4), -2147483648\n", "LEAST_LONG – constant, integer(8), -9223372036854775808\n",
+                    "BAD_HANDLE – constant, integer(c_intptr_t), -1\n", "HALF – constant, real(8), 0.5\n",
+                    "YES – constant, logical(4), .true.\n", "QUOTES – constant, character(6), 'a'b\"\\'\n"):
+            self.assertIn(row, text)
 
     def test_record_kind_without_components(self):
         text = self.render("man3/opaque_record.3f")
