@@ -1,13 +1,7 @@
 # What tools/apigen.py makes from the catalogue: the header, the Fortran modules, the version scripts, the reference.
 find_package(Python3 3.11 REQUIRED COMPONENTS Interpreter)
 
-# The date of the identity text: SOURCE_DATE_EPOCH, which TIMESTAMP honours, or the day of the configuration.
-string(TIMESTAMP date_words "%b;%d;%Y" UTC)
-list(GET date_words 1 day)
-string(REGEX REPLACE "^0" " " day "${day}")
-list(GET date_words 0 month)
-list(GET date_words 2 year)
-set(QXPORT_BUILD_DATE "${month} ${day} ${year}")
+include(BuildDate)
 
 set(QXPORT_GENERATED ${PROJECT_BINARY_DIR}/generated)
 file(GLOB catalogue_files CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/api/*.toml)

@@ -12,7 +12,8 @@ install(DIRECTORY ${QXPORT_MODULE_DIR}/ DESTINATION include/qxport FILES_MATCHIN
 install(DIRECTORY ${QXPORT_GENERATED}/man/ DESTINATION share/man)
 install(DIRECTORY ${QXPORT_GENERATED}/html/ DESTINATION share/doc/qxport/html)
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/README.md DESTINATION share/doc/qxport)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/ DESTINATION share/doc/qxport/examples FILES_MATCHING PATTERN "*.f90")
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/ DESTINATION share/doc/qxport/examples
+        FILES_MATCHING PATTERN "*.f90" PATTERN "README.md")
 
 # One file a provider: qxport.pc names the run-time of the compiler that the library was built with.
 foreach(package_and_provider qxport:gnu qxport-posix:posix)

@@ -44,7 +44,7 @@ promised_files_are_there() {
   for file in man:share/man html:share/doc/qxport/html; do
     diff -r "$GENERATED/${file%%:*}" "$prefix/${file#*:}" | expect_empty "${file%%:*} is installed otherwise" || true
   done
-  (cd "$SOURCE_DIR" && ls LICENSE README.md examples/*.f90) | while read -r file; do
+  (cd "$SOURCE_DIR" && ls LICENSE README.md examples/*.f90 examples/README.md) | while read -r file; do
     cmp "$SOURCE_DIR/$file" "$prefix/share/doc/qxport/$file" || fail "$file is not installed"
   done
   diff "$GENERATED/include/qxport/qxport.h" "$prefix/include/qxport/qxport.h" >&2 || fail 'another header is installed'
@@ -64,6 +64,16 @@ promised_files_are_there() {
   # What users read of it must not lead to this machine's directories.
   grep -rIlF -e "$BUILD_DIR" -e "$SOURCE_DIR" -e "$prefix" "$prefix/lib/pkgconfig" "$prefix/lib/cmake" \
     "$prefix/include" "$prefix/share" | expect_empty 'files that name a directory of the build' || true
+}
+
+# Compared with what the libraries export, not with what the generator says that it made.
+exported_names_are_described() {
+  local library
+  for library in "$prefix"/lib/libqx*.so; do
+    nm -D --defined-only "$library"
+  done | awk '{ print $NF }' | sed 's/@.*//' | grep -v '^qxport_' | sort -u >exported
+  (($(wc -l <exported) > 200)) || fail 'the installed libraries export hardly anything'
+  "$PYTHON" "$sources/installed_names.py" "$prefix/share" <exported | expect_empty 'exported and not described'
 }
 
 header_is_that_of_both_languages() {
@@ -159,6 +169,7 @@ versions_are_told_apart() {
 }
 
 promised_files_are_there
+exported_names_are_described
 header_is_that_of_both_languages
 
 generator=$(sed -n 's/^CMAKE_GENERATOR:INTERNAL=//p' "$BUILD_DIR/CMakeCache.txt")

@@ -3,8 +3,8 @@
 # shellcheck source=common.bash
 source "$(dirname "$0")/common.bash"
 # One instant, in a time zone where it is another day already.
-export SOURCE_DATE_EPOCH=1700000000 TZ=Pacific/Auckland
-date='Nov 14 2023'
+export SOURCE_DATE_EPOCH=1699050000 TZ=Pacific/Auckland
+date='Nov  3 2023'
 targets=(qxport_shared qxport_static qxcore_gnu_shared qxcore_gnu_static qxcore_posix_shared qxcore_posix_static)
 libraries=(src/libqxportmt.{so,a} src/core/libqxcoremt_{gnu,posix}.{so,a})
 
@@ -35,6 +35,25 @@ prints_date() {
   printf '%s\tV1.0-001\t%s\n' 'Zelta Fortran portability library' "$date" "Zelta Fortran core services ($2)" "$date" |
     diff - identity.text || fail "the identities with $2 are others"
 }
+
+# Whatever the day is, in a language of the user's own too.
+while read -r epoch wanted; do
+  # shellcheck disable=SC2016 # a variable of CMake's
+  printf 'include("%s")\nmessage("${QXPORT_BUILD_DATE}")\n' "$SOURCE_DIR/cmake/BuildDate.cmake" >date.cmake
+  told=$(SOURCE_DATE_EPOCH=$epoch LC_ALL=de_DE.UTF-8 "$CMAKE" -P date.cmake 2>&1)
+  [[ $told == "$wanted" ]] || fail "the date of $epoch is '$told', not '$wanted'"
+done <<'DATES'
+0 Jan  1 1970
+951782399 Feb 28 2000
+951782400 Feb 29 2000
+1125446400 Aug 31 2005
+1259625600 Dec  1 2009
+1318204799 Oct  9 2011
+1318204800 Oct 10 2011
+1404172800 Jul  1 2014
+1588291199 Apr 30 2020
+4102444800 Jan  1 2100
+DATES
 
 if [[ $TARGET == 64 && -z $SANITIZE ]]; then
   # Once as ./dev builds, once outside of the sources.
