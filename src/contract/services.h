@@ -75,6 +75,16 @@ QXPORT_CORE_API int32_t commitqq_(const int32_t *unit);
 // Writes a unit's buffers out: 1, or 0 for a unit that cannot be.
 QXPORT_CORE_API int32_t flushqq_(const int32_t *unit);
 
+// Replaces the bits of this thread's floating-point control word that mask selects; the resulting word. The
+// layout is that of contract/floating_point.h.
+QXPORT_SERVICE_API uint32_t controlfp(uint32_t value, uint32_t mask);
+
+// The exceptions that this thread's arithmetic has raised, in either unit of the processor.
+QXPORT_SERVICE_API uint32_t statusfp();
+
+// The same, and clears them.
+QXPORT_SERVICE_API uint32_t clearfp();
+
 }  // extern "C"
 
 #endif

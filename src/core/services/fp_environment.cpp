@@ -1,0 +1,46 @@
+// The floating-point environment of the calling thread, the same for both units of the processor.
+#include "contract/fp_units.h"
+#include "contract/services.h"
+#include "core/services/fp_control.h"
+
+using namespace qxport;
+
+namespace {
+
+// The x87 unit traps at its next instruction on a flag raised long ago whose exception is unmasked only now,
+// and the SSE unit does not. So such flags move over to the SSE unit. (FCLEX lets a trap that is due come
+// first.)
+void move_stale_flags(uint16_t next_control) {
+  const unsigned flags = x87_status() & UNIT_EXCEPTIONS;
+  if ((flags & ~next_control) == 0)
+    return;
+  asm volatile("fclex" : : : "memory");
+  _mm_setcsr(_mm_getcsr() | flags);
+}
+
+void set_masks_and_rounding(uint16_t x87, uint16_t selected) {
+  set_sse_fields(x87, selected);
+  const auto control = static_cast<uint16_t>((x87_control() & ~selected) | (x87 & selected));
+  move_stale_flags(control);
+  set_x87_control(control);
+}
+
+}  // namespace
+
+uint32_t controlfp(uint32_t value, uint32_t mask) {
+  if ((mask & (FP_ALL_EXCEPTIONS | FP_ROUNDING)) != 0)
+    set_masks_and_rounding(x87_fields(value & ~FP_INFINITY), x87_fields(mask & ~FP_INFINITY));
+  if ((mask & (FP_PRECISION | FP_INFINITY)) != 0)
+    qxcore::set_precision_and_infinity(value, mask);
+  return qxcore::control_word();
+}
+
+uint32_t statusfp() {
+  return exceptions_of_unit(raised_flags());
+}
+
+uint32_t clearfp() {
+  const uint32_t raised = exceptions_of_unit(raised_flags());
+  clear_flags();
+  return raised;
+}
