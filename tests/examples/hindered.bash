@@ -12,10 +12,10 @@ make_hindrance() {
 }
 
 # The loader takes a blank for the end of a name in LD_PRELOAD, and not in its search path. An instrumented program does
-# not mind that its run-time is not the first that is loaded.
+# not mind that its run-time is not the first that is loaded. Only the program itself is of the library's target.
 preloaded() {
-  LD_LIBRARY_PATH=$(dirname "$1") LD_PRELOAD=$(basename "$1") \
-    ASAN_OPTIONS=verify_asan_link_order=0:detect_leaks=0 timeout 60 "${@:2}"
+  timeout 60 env LD_LIBRARY_PATH="$(dirname "$1")" LD_PRELOAD="$(basename "$1")" \
+    ASAN_OPTIONS=verify_asan_link_order=0:detect_leaks=0 "${@:2}"
 }
 
 hindered() {
