@@ -22,6 +22,7 @@ class Argument:
     optional: bool
     value: bool
     unit: str | None
+    interface: tuple[str, ...]  # of a procedure: its heading and the declarations of its arguments
 
 
 @dataclass(frozen=True)
@@ -238,6 +239,7 @@ def _argument(table):
         optional=table.get("optional", False),
         value=value,
         unit=table.get("unit"),
+        interface=tuple(line.strip() for line in table.get("interface", "").strip().splitlines()),
     )
 
 

@@ -5,6 +5,16 @@ import re
 WIDTH = 132  # of a source line
 
 
+def declaration_lines(argument, record=None, documented=False):
+    """The same, of a procedure with all that the caller's one must agree with."""
+    if not argument.interface:
+        return [declaration(argument, record, documented)]
+    heading, *arguments = argument.interface
+    kind = re.search(r"function|subroutine", heading)[0]
+    body = [f"  {heading}"] + [f"    {line}" for line in arguments] + [f"  end {kind}"]
+    return ["interface"] + body + ["end interface"] + ([f"optional :: {argument.name}"] if argument.optional else [])
+
+
 def declaration(argument, record=None, documented=False):
     """The declaration of a dummy argument; for the reader the shape is kept as the catalogue has it."""
     optional = ["optional"] if argument.optional else []

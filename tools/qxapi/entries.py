@@ -86,6 +86,7 @@ TABLES = {
         "unit": (_TEXT, False),
         "optional": ((bool,), False),
         "value": ((bool,), False),
+        "interface": (_TEXT, False),
     },
     "error": {"number": ((str, int), True), "when": (_TEXT, True)},
 }

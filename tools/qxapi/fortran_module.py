@@ -1,6 +1,6 @@
 """The Fortran modules: an interface of every routine under its own name, and no object code."""
 
-from .declarations import WIDTH, declaration, wrapped
+from .declarations import WIDTH, declaration_lines, wrapped
 from .entries import PREFIX
 
 RECORDS = "qxport_record_types"
@@ -172,4 +172,6 @@ def _dummy(argument, record):
     lines = []
     if argument.kind.base == "any":
         lines += [f"      !GCC$ ATTRIBUTES NO_ARG_CHECK :: {argument.name}", f"      !DIR$ IGNORE_TKR {argument.name}"]
-    return lines + wrapped(f"      {declaration(argument, record)}")
+    for line in declaration_lines(argument, record):
+        lines += wrapped(f"      {line}")
+    return lines

@@ -3,7 +3,7 @@
 import re
 
 from .compiler_names import INTRINSICS
-from .declarations import declaration, wrapped
+from .declarations import declaration_lines, wrapped
 from .entries import PREFIX
 from .header import broken, prototype
 
@@ -56,7 +56,7 @@ def _fortran(routine, name):
     heading = f"{routine.result.fortran} function {name}" if routine.result else f"subroutine {name}"
     lines = wrapped(f"{heading}({listed})", SYNOPSIS_WIDTH)
     for argument in routine.args:
-        lines.append(f"  {declaration(argument, argument.kind.record, documented=True)}")
+        lines += [f"  {line}" for line in declaration_lines(argument, argument.kind.record, documented=True)]
     return lines
 
 

@@ -141,7 +141,18 @@ def _argument(argument):
         reasons.append(f"bad shape `{argument['shape']}`")
     if "shape" in argument and kind.base == "procedure":
         reasons.append("a procedure has no shape")
+    if "interface" in argument:
+        reasons += _interface(argument, kind)
     return reasons + (_value(argument, kind) if argument.get("value") else [])
+
+
+def _interface(argument, kind):
+    if kind.base != "procedure":
+        return [f"`interface` of {kind}, which is no procedure"]
+    heading = argument["interface"].strip().splitlines()[0]
+    if not re.fullmatch(rf"([a-z]+\([\w*]+\) function|subroutine) {argument['name']}\([\w, ]*\)", heading):
+        return [f"`{heading}` is not the heading of a procedure `{argument['name']}`"]
+    return []
 
 
 def _value(argument, kind):
