@@ -69,6 +69,10 @@ QXPORT_SERVICE_API double for__process_start_time(void);
 // The seconds that have passed since an instant.
 QXPORT_SERVICE_API double for_since_epoch_t(const double *instant);
 
+// Establishes a condition handler: non-zero, or 0 in a run-time that has none.
+QXPORT_SERVICE_API int32_t for__intermediate_establish(void *handler, void *context, void *former,
+                                                       void *former_context);
+
 // Writes a unit's buffers out and commits the file to its device: 1, or 0 for a unit that cannot be.
 QXPORT_CORE_API int32_t commitqq_(const int32_t *unit);
 

@@ -12,6 +12,7 @@
 #include <stdarg.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/select.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 #include <sys/wait.h>
@@ -175,6 +176,11 @@ int nanosleep(const struct timespec *span, struct timespec *left) {
     return REAL(nanosleep)(span, left);
   if (left != NULL)
     *left = *span;
+  return fails(EINTR);
+}
+int select(int count, fd_set *readable, fd_set *writable, fd_set *failed, struct timeval *span) {
+  if (!fuzz_guards_are_up)
+    return REAL(select)(count, readable, writable, failed, span);
   return fails(EINTR);
 }
 pid_t waitpid(pid_t pid, int *status, int options) {

@@ -1,10 +1,10 @@
 // Local time beside the host's own localtime and mktime.
 #include "frame/calendar.h"
 #include "outcome.h"
+#include "time_zone.h"
 
 #include <climits>
 #include <cstdlib>
-#include <optional>
 #include <ostream>
 #include <random>
 #include <thread>
@@ -12,30 +12,6 @@
 using namespace qxport;
 
 namespace {
-
-// The zone of the process while one is alive; nothing for one that is not set.
-class TimeZone {
-public:
-  explicit TimeZone(const char *name) {
-    if (const char *value = getenv("TZ"))
-      former_ = value;
-    set(name);
-  }
-  ~TimeZone() { set(former_ ? former_->c_str() : nullptr); }
-  TimeZone(const TimeZone &) = delete;
-  TimeZone &operator=(const TimeZone &) = delete;
-
-  // The host is not told of it: the library must see for itself.
-  static void set(const char *name) {
-    if (name == nullptr)
-      unsetenv("TZ");
-    else
-      setenv("TZ", name, 1);
-  }
-
-private:
-  std::optional<std::string> former_;
-};
 
 struct Fields {
   int year, month, day, hour, minute, second, weekday, day_of_year, daylight_saving;

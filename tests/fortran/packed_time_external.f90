@@ -1,0 +1,31 @@
+! Packed times as older programs call them: by name alone.
+program packed_time_external
+  use checks, only: check, finish
+  use scratch, only: scratch_directory, remove_directory
+  implicit none
+  external :: packtimeqq, unpacktimeqq
+  logical(4), external :: setfiletimeqq, setenvqq
+  character(:), allocatable, save :: directory
+  integer(2) :: year, month, day, hour, minute, second
+  integer(4) :: time
+  integer :: unit
+
+  call check(setenvqq('TZ=UTC0'), 'set the zone')
+  year = 1999
+  month = 13
+  day = 1
+  hour = 0
+  minute = 0
+  second = -1
+  call packtimeqq(time, year, month, day, hour, minute, second)
+  call check(time, 946684799, 'packed time')
+  call unpacktimeqq(time, year, month, day, hour, minute, second)
+  call check(all([year, month, day, hour, minute, second] == [1999_2, 12_2, 31_2, 23_2, 59_2, 59_2]), 'fields')
+  directory = scratch_directory()
+  open (newunit=unit, file=directory//'/file')
+  close (unit)
+  call check(setfiletimeqq(directory//'/file', time), 'set a time')
+  call check(.not. setfiletimeqq(directory//'/none', time), 'no such file')
+  call remove_directory(directory)
+  call finish()
+end program
