@@ -50,11 +50,20 @@ constexpr uint32_t exceptions_of_unit(unsigned bits) {
   return EXCEPTIONS_OF_UNIT[bits & UNIT_EXCEPTIONS];
 }
 
+// The six bits of a word side by side: the denormal's next to the other five.
+constexpr unsigned gathered(uint32_t exceptions) {
+  return (exceptions & 0x1F) | (exceptions >> 14 & 0x20);
+}
+
+constexpr std::array<uint8_t, UNIT_EXCEPTIONS + 1> UNIT_OF_GATHERED = [] {
+  std::array<uint8_t, UNIT_EXCEPTIONS + 1> table = {};
+  for (unsigned bits = 0; bits < table.size(); ++bits)
+    table[gathered(EXCEPTIONS_OF_UNIT[bits])] = static_cast<uint8_t>(bits);
+  return table;
+}();
+
 constexpr unsigned unit_exceptions(uint32_t exceptions) {
-  unsigned bits = 0;
-  for (unsigned bit = 0; bit < EXCEPTIONS_BY_BIT.size(); ++bit)
-    bits |= (exceptions & EXCEPTIONS_BY_BIT[bit]) != 0 ? 1U << bit : 0;
-  return bits;
+  return UNIT_OF_GATHERED[gathered(exceptions)];
 }
 
 }  // namespace qxport

@@ -10,9 +10,9 @@ namespace {
 // The x87 unit traps at its next instruction on a flag raised long ago whose exception is unmasked only now,
 // and the SSE unit does not. So such flags move over to the SSE unit. (FCLEX lets a trap that is due come
 // first.)
-void move_stale_flags(uint16_t next_control) {
+void move_stale_flags(unsigned unmasked) {
   const unsigned flags = x87_status() & UNIT_EXCEPTIONS;
-  if ((flags & ~next_control) == 0)
+  if ((flags & unmasked) == 0)
     return;
   asm volatile("fclex" : : : "memory");
   _mm_setcsr(_mm_getcsr() | flags);
@@ -20,8 +20,11 @@ void move_stale_flags(uint16_t next_control) {
 
 void set_masks_and_rounding(uint16_t x87, uint16_t selected) {
   set_sse_fields(x87, selected);
-  const auto control = static_cast<uint16_t>((x87_control() & ~selected) | (x87 & selected));
-  move_stale_flags(control);
+  const uint16_t before = x87_control();
+  const auto control = static_cast<uint16_t>((before & ~selected) | (x87 & selected));
+  const unsigned unmasked = before & ~control & X87_MASKS;
+  if (unmasked != 0)
+    move_stale_flags(unmasked);
   set_x87_control(control);
 }
 
