@@ -16,6 +16,7 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/ DESTINATION share/doc/qxport/e
         FILES_MATCHING PATTERN "*.f90" PATTERN "README.md")
 
 # One file a provider: qxport.pc names the run-time of the compiler that the library was built with.
+list(JOIN QXPORT_STATIC_THREADS ",-u,pthread_" PC_STATIC_THREADS)
 foreach(package_and_provider qxport:gnu qxport-posix:posix)
   string(REPLACE ":" ";" names ${package_and_provider})
   list(GET names 0 PC_NAME)

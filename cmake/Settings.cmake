@@ -45,3 +45,7 @@ endif()
 
 # The same tree gives the same bytes wherever it stands.
 add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=./build)
+
+# The names, behind `pthread_`, that a program without shared libraries is asked to take in.
+set(QXPORT_STATIC_THREADS create join cond_broadcast cond_destroy cond_init cond_wait mutex_destroy mutex_init
+    mutex_trylock)
