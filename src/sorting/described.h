@@ -44,8 +44,9 @@ SORTING_INLINE size_t insert_vectors(Cell<T> *array, size_t place, size_t row_en
   return place;
 }
 
-template <typename T, typename... Chains>
-void described_sort(Cell<T> *array, size_t count) {
+template <typename Lanes, typename... Chains>
+void described_sort(Cell<typename Lanes::T> *array, size_t count) {
+  using T = typename Lanes::T;
   for (size_t gap = first_gap(count);; gap = (gap - 1) / 3) {
     // Rows of as many elements as there are chains.
     for (size_t row = gap; row < count; row += gap) {

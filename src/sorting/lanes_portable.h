@@ -7,7 +7,8 @@
 
 namespace qxport::sorting::portable {
 
-template <typename Element>
+// Every tier sorts a handful of elements by such; OWNER keeps the functions of one tier apart from another's.
+template <typename Element, typename Owner = void>
 struct Single {
   using T = Element;
   using V = Element;

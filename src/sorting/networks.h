@@ -10,6 +10,7 @@
 #define QXPORT_SORTING_NETWORKS_H
 
 #include "sorting/cells.h"
+#include "sorting/lanes_portable.h"
 
 namespace qxport::sorting {
 
@@ -144,8 +145,6 @@ constexpr size_t FEW = Lanes::ROWS *Lanes::N;
 
 template <typename Lanes>
 SORTING_INLINE void sort_few(Cell<typename Lanes::T> *array, size_t count) {
-  if (count <= 1)
-    return;
   if (count <= Lanes::N)
     return sort_in_rows<Lanes, 1>(array, count);
   if (count <= 2 * Lanes::N)
@@ -155,6 +154,16 @@ SORTING_INLINE void sort_few(Cell<typename Lanes::T> *array, size_t count) {
   if (Lanes::ROWS == 8 || count <= 8 * Lanes::N)
     return sort_in_rows<Lanes, 8>(array, count);
   return sort_in_rows<Lanes, Lanes::ROWS>(array, count);
+}
+
+// Elements of which a vector would be filled in part, and which are worth a look whether they are in order.
+constexpr size_t HANDFUL = 8;
+
+template <typename Lanes>
+SORTING_INLINE void sort_handful(Cell<typename Lanes::T> *array, size_t count) {
+  for (size_t place = 1; place < count; ++place)
+    if (array[place - 1].value > array[place].value)
+      return sort_few<portable::Single<typename Lanes::T, Lanes>>(array, count);
 }
 
 }  // namespace qxport::sorting

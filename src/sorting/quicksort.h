@@ -72,12 +72,15 @@ void quicksort(Cell<typename Lanes::T> *array, size_t count, int samplings) {
       count = lower;
     }
   }
-  sort_few<Lanes>(array, count);
+  if (count > 1)
+    sort_few<Lanes>(array, count);
 }
 
 template <typename Lanes>
 void sort(Cell<typename Lanes::T> *array, size_t count) {
   static_assert(FEW<Lanes> >= 2 * BLOCK<Lanes>);
+  if (count <= HANDFUL)
+    return sort_handful<Lanes>(array, count);
   if (count <= FEW<Lanes>)
     return sort_few<Lanes>(array, count);
   if (in_order<Lanes, false>(array, count))

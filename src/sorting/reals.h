@@ -79,10 +79,35 @@ SORTING_INLINE void replace_by_reals(Cell<typename Lanes::T> *array, size_t coun
   replace<Lanes>(array, count, real, real);
 }
 
+// Where values need a second look, a handful of elements is one chain, down which each is inserted.
+template <typename Lanes>
+void sort_handful_of_reals(Cell<typename Lanes::T> *array, size_t count) {
+  using T = typename Lanes::T;
+  Cell<T> images[HANDFUL];
+  bool moves = false, special = false;
+  for (size_t place = 0; place < count; ++place) {
+    const T image = image_of<T>(array[place].value);
+    images[place].value = image;
+    moves |= place > 0 && images[place - 1].value > image;
+    special |= is_nan(image) | (image == Zeros<T>::NEGATIVE);
+  }
+  if (special)
+    for (size_t place = 1; place < count; ++place)
+      insert(images, place, 1);
+  else if (moves)
+    sort_few<portable::Single<T, Lanes>>(images, count);
+  else
+    return;
+  for (size_t place = 0; place < count; ++place)
+    array[place].value = image_of<T>(images[place].value);
+}
+
 template <typename Lanes, typename... Chains>
 void sort_reals(Cell<typename Lanes::T> *array, size_t count) {
+  if (count <= HANDFUL)
+    return sort_handful_of_reals<Lanes>(array, count);
   if (replace_by_images<Lanes>(array, count))
-    described_sort<typename Lanes::T, Chains...>(array, count);
+    described_sort<Lanes, Chains...>(array, count);
   else
     sort<Lanes>(array, count);
   replace_by_reals<Lanes>(array, count);

@@ -2,6 +2,7 @@
 #include "sorting/counting.h"
 #include "sorting/described.h"
 #include "sorting/images.h"
+#include "sorting/lanes_portable.h"
 #include "sorting/sorting.h"
 #include "sorting/strings.h"
 
@@ -20,7 +21,7 @@ void sort_quadruples(const Tier &tier, Cell<Wide> *array, size_t count) {
     positive_zero |= image == Zeros<Wide>::POSITIVE;
   }
   if (nan || (negative_zero && positive_zero))
-    described_sort<Wide>(array, count);
+    described_sort<portable::Single<Wide>>(array, count);
   else
     tier.sort_16(array, count);
   for (size_t place = 0; place < count; ++place)

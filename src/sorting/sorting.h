@@ -20,9 +20,10 @@
 //   elements of 1 and 2 bytes are counted rather than compared. strings.cpp     strings of all other widths,
 //   where they lie. bisection.cpp   the search.
 //
-// The kernel is written once, over vectors of a number of lanes; so far there is the single lane that every
-// processor has (lanes_portable.h). Each kind of processor has its table of functions (tier.h), and tiers.cpp
-// chooses one.
+// The kernel is written once, over vectors of a number of lanes (lanes_*.h): sixteen lanes of four bytes with
+// AVX-512, eight with AVX2, and a single one, which is an ordinary variable, where neither is there. Each
+// kind of processor has its table of functions (tier.h, tier_*.cpp); tiers.cpp chooses one, once for the life
+// of the process.
 //
 // Nothing is allocated, and the stack holds a few kilobytes at most.
 #ifndef QXPORT_SORTING_SORTING_H

@@ -21,6 +21,8 @@ struct Tier {
 };
 
 extern const Tier PORTABLE_TIER;
+extern const Tier AVX2_TIER;
+extern const Tier AVX512_TIER;
 
 // The best one for this processor, found out at the first call.
 const Tier &best_tier();

@@ -12,7 +12,7 @@ using namespace qxport::sorting;
 
 namespace {
 
-const Tier *const TIERS[] = {&PORTABLE_TIER};
+const Tier *const TIERS[] = {&PORTABLE_TIER, &AVX2_TIER, &AVX512_TIER};
 
 const std::map<int32_t, Element> ELEMENTS = {
     {0x10000, Element::Real4},    {0x20000, Element::Real8},    {0x30000, Element::Integer1},
@@ -40,6 +40,20 @@ Bytes sorted_between_guards(const Tier &tier, const ElementKind &kind, const Byt
   std::fill(begin, begin + array.size(), '\x7e');
   EXPECT_EQ(place, Bytes(place.size(), '\x7e')) << "a guard byte was written";
   return result;
+}
+
+// Strings of most widths are sorted without a tier.
+std::vector<ElementKind> kinds_of_tiers() {
+  std::vector<ElementKind> kinds = number_kinds();
+  for (const size_t width : {1, 2, 4, 8, 16})
+    kinds.push_back(string_kind(width));
+  return kinds;
+}
+std::vector<ElementKind> kinds_without_tier() {
+  std::vector<ElementKind> kinds = all_kinds();
+  for (const ElementKind &other : kinds_of_tiers())
+    std::erase_if(kinds, [&](const ElementKind &kind) { return kind.code == other.code; });
+  return kinds;
 }
 
 std::vector<Filling> fillings_of(const ElementKind &kind) {
@@ -118,11 +132,17 @@ TEST_P(SortingPath, NothingBesideTheArrayIsRead) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(, SortingPath,
-                         testing::Combine(testing::ValuesIn(TIERS), testing::ValuesIn(all_kinds())),
-                         [](const auto &info) {
-                           return std::string(std::get<0>(info.param)->name) + std::get<1>(info.param).name;
-                         });
+std::string name_of(const testing::TestParamInfo<std::tuple<const Tier *, ElementKind>> &info) {
+  return std::string(std::get<0>(info.param)->name) + std::get<1>(info.param).name;
+}
+
+INSTANTIATE_TEST_SUITE_P(OfTiers, SortingPath,
+                         testing::Combine(testing::ValuesIn(TIERS), testing::ValuesIn(kinds_of_tiers())),
+                         name_of);
+INSTANTIATE_TEST_SUITE_P(WithoutTier, SortingPath,
+                         testing::Combine(testing::Values(&PORTABLE_TIER),
+                                          testing::ValuesIn(kinds_without_tier())),
+                         name_of);
 
 TEST(BestTier, IsOneThatRunsHere) {
   EXPECT_TRUE(runs_here(best_tier()));

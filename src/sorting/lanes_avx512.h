@@ -1,0 +1,184 @@
+// Vectors of 512 bits.
+#ifndef QXPORT_SORTING_LANES_AVX512_H
+#define QXPORT_SORTING_LANES_AVX512_H
+
+#include "sorting/cells.h"
+
+// gcc 12 takes the operands that its own intrinsics leave undefined on purpose for mistakes.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wuninitialized"
+#ifndef __clang__
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
+#include <immintrin.h>
+#pragma GCC diagnostic pop
+
+namespace qxport::sorting::avx512 {
+
+// What does not depend on the width of an element. A mask has a bit for each word.
+template <typename Element, typename Word>
+struct Vector512 {
+  using T = Element;
+  typedef Word V __attribute__((vector_size(64)));
+  static constexpr int N = 64 / sizeof(T);
+  static constexpr int SPREAD_ROOM = N;
+  static constexpr int WORDS = 64 / sizeof(Word);
+  static constexpr int WORDS_OF_ONE = sizeof(T) / sizeof(Word);
+#ifdef __x86_64__
+  static constexpr int ROWS = 16;
+  static constexpr int UNROLL = 8;
+#else
+  // Of thirty-two registers there are eight.
+  static constexpr int ROWS = 8;
+  static constexpr int UNROLL = 4;
+#endif
+
+  static SORTING_INLINE V load(const Cell<T> *from) {
+    return (V)_mm512_loadu_si512(from);
+  }
+  static SORTING_INLINE void store(Cell<T> *to, V lanes) {
+    _mm512_storeu_si512(to, (__m512i)lanes);
+  }
+
+  // The words of the first `count` elements.
+  static SORTING_INLINE unsigned first(size_t count) {
+    return _bzhi_u32(~0U, static_cast<unsigned>(count) * WORDS_OF_ONE);
+  }
+  static SORTING_INLINE V all_words(Word word) {
+    return V{} + word;
+  }
+
+  // Lane i becomes lane i xor MASK.
+  template <int MASK>
+  static SORTING_INLINE V flipped(V lanes) {
+    return shuffle<MASK * WORDS_OF_ONE>(lanes, typename IndicesBelow<WORDS>::Type());
+  }
+  template <int MASK, int... I>
+  static SORTING_INLINE V shuffle(V lanes, Indices<I...>) {
+    return __builtin_shufflevector(lanes, lanes, (I ^ MASK)...);
+  }
+  // The words of the lanes that lie above those that they change places with.
+  template <int MASK>
+  static constexpr unsigned upper_words() {
+    unsigned words = 0;
+    for (int word = 0; word < WORDS; ++word) {
+      const int lane = word / WORDS_OF_ONE;
+      if (lane > (lane ^ MASK))
+        words |= 1U << word;
+    }
+    return words;
+  }
+};
+
+struct Int32 : Vector512<int32_t, int32_t> {
+  static SORTING_INLINE V load_some(const Cell<T> *from, size_t count) {
+    return (V)_mm512_mask_loadu_epi32((__m512i)all(Limits<T>::LARGEST), static_cast<__mmask16>(first(count)),
+                                      from);
+  }
+  static SORTING_INLINE void store_some(Cell<T> *to, size_t count, V lanes) {
+    _mm512_mask_storeu_epi32(to, static_cast<__mmask16>(first(count)), (__m512i)lanes);
+  }
+  static SORTING_INLINE V all(T value) { return all_words(value); }
+  static SORTING_INLINE bool any_greater(V a, V b) {
+    return _mm512_cmpgt_epi32_mask((__m512i)a, (__m512i)b) != 0;
+  }
+  static SORTING_INLINE void order(V &a, V &b) {
+    const __m512i one = (__m512i)a, other = (__m512i)b;
+    a = (V)_mm512_min_epi32(one, other);
+    b = (V)_mm512_max_epi32(one, other);
+  }
+  template <int MASK>
+  static SORTING_INLINE V order_lanes(V lanes) {
+    constexpr unsigned UPPER = upper_words<MASK>();
+    const __m512i one = (__m512i)lanes, other = (__m512i)flipped<MASK>(lanes);
+    return (V)_mm512_mask_max_epi32(_mm512_min_epi32(one, other), UPPER, one, other);
+  }
+  static SORTING_INLINE size_t spread(V lanes, V pivot, Cell<T> *left, Cell<T> *right) {
+    const __mmask16 greater = _mm512_cmpgt_epi32_mask((__m512i)lanes, (__m512i)pivot);
+    const size_t count = static_cast<size_t>(__builtin_popcount(greater));
+    _mm512_storeu_si512(left, _mm512_maskz_compress_epi32(static_cast<__mmask16>(~greater), (__m512i)lanes));
+    _mm512_mask_storeu_epi32(right - count, static_cast<__mmask16>(first(count)),
+                             _mm512_maskz_compress_epi32(greater, (__m512i)lanes));
+    return count;
+  }
+};
+
+// Words of eight bytes, one or two an element.
+template <typename Element>
+struct Words64 : Vector512<Element, int64_t> {
+  using Base = Vector512<Element, int64_t>;
+  using typename Base::T;
+  using typename Base::V;
+
+  static SORTING_INLINE V load_some(const Cell<T> *from, size_t count) {
+    return (V)_mm512_mask_loadu_epi64((__m512i)Base::all_words(Limits<int64_t>::LARGEST),
+                                      static_cast<__mmask8>(Base::first(count)), from);
+  }
+  static SORTING_INLINE void store_some(Cell<T> *to, size_t count, V lanes) {
+    _mm512_mask_storeu_epi64(to, static_cast<__mmask8>(Base::first(count)), (__m512i)lanes);
+  }
+  // Stores those of the mask's words to the right end, the others to the left one; how many elements they
+  // are.
+  static SORTING_INLINE size_t spread_words(V lanes, __mmask8 greater, Cell<T> *left, Cell<T> *right) {
+    const size_t count = static_cast<size_t>(__builtin_popcount(greater)) / Base::WORDS_OF_ONE;
+    _mm512_storeu_si512(left, _mm512_maskz_compress_epi64(static_cast<__mmask8>(~greater), (__m512i)lanes));
+    _mm512_mask_storeu_epi64(right - count, static_cast<__mmask8>(Base::first(count)),
+                             _mm512_maskz_compress_epi64(greater, (__m512i)lanes));
+    return count;
+  }
+};
+
+struct Int64 : Words64<int64_t> {
+  static SORTING_INLINE V all(T value) { return all_words(value); }
+  static SORTING_INLINE bool any_greater(V a, V b) {
+    return _mm512_cmpgt_epi64_mask((__m512i)a, (__m512i)b) != 0;
+  }
+  static SORTING_INLINE void order(V &a, V &b) {
+    const __m512i one = (__m512i)a, other = (__m512i)b;
+    a = (V)_mm512_min_epi64(one, other);
+    b = (V)_mm512_max_epi64(one, other);
+  }
+  template <int MASK>
+  static SORTING_INLINE V order_lanes(V lanes) {
+    constexpr unsigned UPPER = upper_words<MASK>();
+    const __m512i one = (__m512i)lanes, other = (__m512i)flipped<MASK>(lanes);
+    return (V)_mm512_mask_max_epi64(_mm512_min_epi64(one, other), UPPER, one, other);
+  }
+  static SORTING_INLINE size_t spread(V lanes, V pivot, Cell<T> *left, Cell<T> *right) {
+    return spread_words(lanes, _mm512_cmpgt_epi64_mask((__m512i)lanes, (__m512i)pivot), left, right);
+  }
+};
+
+struct Int128 : Words64<Wide> {
+  static SORTING_INLINE V all(T value) {
+    return V{value.high, value.low, value.high, value.low, value.high, value.low, value.high, value.low};
+  }
+  // Both words of the elements of which a's is greater.
+  static SORTING_INLINE __mmask8 greater(V a, V b) {
+    const unsigned above = _mm512_cmpgt_epi64_mask((__m512i)a, (__m512i)b);
+    const unsigned same = _mm512_cmpeq_epi64_mask((__m512i)a, (__m512i)b);
+    const unsigned high_decides = (above | (same & above >> 1)) & 0x55;
+    return static_cast<__mmask8>(3 * high_decides);
+  }
+  static SORTING_INLINE bool any_greater(V a, V b) { return greater(a, b) != 0; }
+  static SORTING_INLINE void order(V &a, V &b) {
+    const __m512i one = (__m512i)a, other = (__m512i)b;
+    const __mmask8 exchanged = greater(a, b);
+    a = (V)_mm512_mask_mov_epi64(one, exchanged, other);
+    b = (V)_mm512_mask_mov_epi64(other, exchanged, one);
+  }
+  template <int MASK>
+  static SORTING_INLINE V order_lanes(V lanes) {
+    constexpr unsigned UPPER = upper_words<MASK>();
+    const V other = flipped<MASK>(lanes);
+    return (V)_mm512_mask_mov_epi64((__m512i)lanes, static_cast<__mmask8>(greater(lanes, other) ^ UPPER),
+                                    (__m512i)other);
+  }
+  static SORTING_INLINE size_t spread(V lanes, V pivot, Cell<T> *left, Cell<T> *right) {
+    return spread_words(lanes, greater(lanes, pivot), left, right);
+  }
+};
+
+}  // namespace qxport::sorting::avx512
+
+#endif
