@@ -80,7 +80,7 @@ SORTING_INLINE T threshold(T key) {
 // As reals compare; the threshold is that of the other one.
 template <typename T>
 SORTING_INLINE bool exceeds(T image, T threshold) {
-  return (image > threshold) & !(image > Infinity<T>::IMAGE);
+  return image > threshold && !(image > Infinity<T>::IMAGE);
 }
 
 }  // namespace qxport::sorting
