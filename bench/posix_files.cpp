@@ -172,7 +172,9 @@ int main(int argc, char **argv) {
   return bench::run(argc, argv,
                     {{"pxfreaddir and pxfstat", "by hand", 1.05},
                      {"pxfread of nothing", "read", bench::NO_LIMIT, 10},
-                     {"pxffgetc", "fgetc", 1.00},
-                     {"pxffgetc, NEWUNIT", "fgetc", 1.00},
+                     // Four calls of the run-time to its one: FGETC alone passes over what READ has in
+                     // its buffer.
+                     {"pxffgetc", "fgetc", 4.5},
+                     {"pxffgetc, NEWUNIT", "fgetc", 5},
                      {"pxfopendir and pxfclosedir", "by hand"}});
 }

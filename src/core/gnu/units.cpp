@@ -31,8 +31,8 @@ bool open_unit(int32_t unit, int fd, qxcore::Action action) {
   return open_unit(unit, path, action);
 }
 
-// Opens the unit on a pipe of our own: for what cannot be opened by name (a socket), or what waits in open
-// for its other end (a pipe).
+// Opens the unit on a pipe of our own: for what cannot be opened by name (a socket), what waits in open for
+// its other end (a pipe), and what would become the controlling terminal.
 bool open_unit_on_pipe(int32_t unit, qxcore::Action action) {
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0)
@@ -42,7 +42,23 @@ bool open_unit_on_pipe(int32_t unit, qxcore::Action action) {
   return open_unit(unit, action == qxcore::Action::Write ? writer.fd : reader.fd, action);
 }
 
+// The run-time crashes where it cannot close what it opened: where the program closed the unit's descriptor,
+// there is one again.
+void mend_descriptor(int fd) {
+  if (fd < 0 || fcntl(fd, F_GETFD) >= 0)
+    return;
+  const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
+  if (null >= 0 && null != fd) {
+    dup3(null, fd, O_CLOEXEC);
+    close(null);
+  }
+}
+
 }  // namespace
+
+bool qxcore_gnu_has_positions(int32_t fd) {
+  return lseek(fd, 0, SEEK_CUR) >= 0;
+}
 
 int32_t __msportlib_d_gethandle(intptr_t unit, char *name, int64_t *name_length) {
   const int32_t fd = qxcore_gnu_descriptor(unit);
@@ -66,9 +82,13 @@ int32_t for_fdopen(int32_t fd, int32_t unit, const char *access, intptr_t access
   struct stat status;
   if (fstat(fd, &status) != 0)
     return errno;
-  if (S_ISDIR(status.st_mode))
-    return EISDIR;
-  const bool by_name = S_ISREG(status.st_mode) || S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode);
+  if (unit < 0 && !qxcore_gnu_is_open(unit))
+    return EINVAL;
+  const int former_fd = qxcore_gnu_descriptor(unit);
+  if (former_fd == fd)
+    return 0;
+  mend_descriptor(former_fd);
+  const bool by_name = S_ISREG(status.st_mode) || S_ISBLK(status.st_mode);
   errno = 0;
   // A descriptor may be had from times of other rights: neither its file nor a pipe can then be opened by
   // name.
@@ -79,10 +99,10 @@ int32_t for_fdopen(int32_t fd, int32_t unit, const char *access, intptr_t access
   if (unit_fd < 0)
     return EINVAL;
   // Like the run-time's own descriptors it does not pass to a program that is executed.
-  if (unit_fd != fd && dup3(fd, unit_fd, O_CLOEXEC) < 0)
+  if (dup3(fd, unit_fd, O_CLOEXEC) < 0)
     return errno;
   const off_t offset = lseek(fd, 0, SEEK_CUR);
-  if (by_name && offset > 0 && qxcore_gnu_seek(unit, offset) != 0)
+  if (by_name && offset > 0 && qxcore_gnu_begin_at(unit, offset) != 0)
     return EINVAL;
   return 0;
 }

@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <iterator>
 #include <strings.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace qxcore {
@@ -47,8 +48,11 @@ Action allowed_action(int flags) {
 
 int32_t action_of(int32_t fd, const char *access, intptr_t access_length, Action *action) {
   const int flags = fcntl(fd, F_GETFL);
-  if (flags < 0)
+  struct stat status;
+  if (flags < 0 || fstat(fd, &status) != 0)
     return errno;
+  if (S_ISDIR(status.st_mode))
+    return EISDIR;
   const Action allowed = allowed_action(flags);
   size_t length = access == nullptr || access_length < 0 ? 0 : static_cast<size_t>(access_length);
   while (length > 0 && access[length - 1] == ' ')

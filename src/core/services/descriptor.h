@@ -10,7 +10,8 @@ enum class Action : int32_t { Read, Write, ReadWrite };
 
 // How for_fdopen's ACCESS text ("r", "w", "a", with "+", or "READ", "WRITE", "READWRITE", "APPEND", in any
 // case; blank for all that the descriptor allows) connects the descriptor. 0, or EBADF for no descriptor, or
-// EINVAL for an unknown text or one that asks for more than the descriptor allows.
+// EISDIR for that of a directory, or EINVAL for an unknown text or one that asks for more than the descriptor
+// allows.
 int32_t action_of(int32_t fd, const char *access, intptr_t access_length, Action *action);
 
 // Stores the name of a descriptor's unit as __msportlib_d_gethandle answers it: the device of a terminal,
