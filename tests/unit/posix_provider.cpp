@@ -5,6 +5,7 @@
 
 #include <climits>
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
@@ -17,16 +18,96 @@ TEST(PosixProvider, TheStandardUnits) {
     EXPECT_EQ(__msportlib_d_gethandle(unit, nullptr, nullptr), -1);
 }
 
+int32_t descriptor_of(int32_t unit) {
+  return __msportlib_d_gethandle(unit, nullptr, nullptr);
+}
+
+// A unit's descriptor is a duplicate: what it shares with the given one is the offset.
 TEST(PosixProvider, FdopenEntersAndReplacesAUnit) {
   const TemporaryDirectory directory;
-  const int first = open(directory.file("first").c_str(), O_RDWR | O_CLOEXEC);
-  const int second = open(directory.file("second").c_str(), O_RDONLY | O_CLOEXEC);
+  const int first = open(directory.file("first", "1").c_str(), O_RDWR | O_CLOEXEC);
+  const int second = open(directory.file("second", "234").c_str(), O_RDONLY | O_CLOEXEC);
   EXPECT_EQ(for_fdopen(first, 40, "r+", 2), 0);
-  EXPECT_EQ(__msportlib_d_gethandle(40, nullptr, nullptr), first);
+  const int duplicate = descriptor_of(40);
+  EXPECT_GE(duplicate, 0);
+  EXPECT_NE(duplicate, first);
+  EXPECT_EQ(fcntl(duplicate, F_GETFD), FD_CLOEXEC);
+  EXPECT_EQ(__msportlib_d_readchar(40), '1');
+  lseek(second, 1, SEEK_SET);
   EXPECT_EQ(for_fdopen(second, 40, "READ  ", 6), 0);
-  EXPECT_EQ(__msportlib_d_gethandle(40, nullptr, nullptr), second);
-  close(first);
+  EXPECT_EQ(__msportlib_d_readchar(40), '3');
+  EXPECT_EQ(lseek(second, 0, SEEK_CUR), 2);
   close(second);
+  EXPECT_EQ(__msportlib_d_readchar(40), '4');
+  close(first);
+  const int again = open("/dev/null", O_RDONLY | O_CLOEXEC);
+  EXPECT_EQ(again, std::min({first, second, duplicate})) << "the former duplicate is not left open";
+  close(again);
+  close(descriptor_of(40));
+}
+
+TEST(PosixProvider, FdopenOfAUnitsOwnDescriptorChangesNothing) {
+  const TemporaryDirectory directory;
+  const int fd = open(directory.file("file", "ab").c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_EQ(for_fdopen(fd, 40, "r", 1), 0);
+  const int own = descriptor_of(40);
+  EXPECT_EQ(for_fdopen(own, 40, "r", 1), 0);
+  EXPECT_EQ(descriptor_of(40), own);
+  EXPECT_EQ(__msportlib_d_readchar(40), 'a');
+  close(fd);
+  close(own);
+}
+
+TEST(PosixProvider, AUnitMovesCharactersOneWayWhereItsAccessSaysSo) {
+  const TemporaryDirectory directory;
+  const int fd = open(directory.file("file", "ab").c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_EQ(for_fdopen(fd, 45, "r", 1), 0);
+  EXPECT_EQ(__msportlib_d_writechar(45, 'x'), -EBADF);
+  EXPECT_EQ(__msportlib_d_readchar(45), 'a');
+  for (const std::string access : {"w", "a", "append"}) {
+    ASSERT_EQ(for_fdopen(fd, 45, access.data(), static_cast<intptr_t>(access.size())), 0);
+    EXPECT_EQ(__msportlib_d_readchar(45), -EBADF);
+    EXPECT_EQ(__msportlib_d_writechar(45, 'x'), 0);
+  }
+  for (const std::string access : {"a+", "w+", "r+"}) {
+    ASSERT_EQ(for_fdopen(fd, 45, access.data(), static_cast<intptr_t>(access.size())), 0);
+    EXPECT_EQ(__msportlib_d_writechar(45, 'x'), 0);
+    EXPECT_EQ(__msportlib_d_readchar(45), READ_END);
+  }
+  EXPECT_EQ(__msportlib_d_writechar(5, 'x'), -EBADF);
+  EXPECT_EQ(__msportlib_d_readchar(6), -EBADF);
+  EXPECT_EQ(__msportlib_d_readchar(0), -EBADF);
+  close(descriptor_of(45));
+  close(fd);
+}
+
+// Whoever gets the number of a unit's descriptor is not written to.
+TEST(PosixProvider, AUnitWhoseDescriptorWasClosedIsNotConnected) {
+  const TemporaryDirectory directory;
+  const int fd = open(directory.file("file", "ab").c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_EQ(for_fdopen(fd, 46, "r+", 2), 0);
+  const int own = descriptor_of(46);
+  close(own);
+  const int32_t unit = 46;
+  for (const bool given_away : {false, true}) {
+    if (given_away) {
+      ASSERT_EQ(dup2(open(directory.file("other", "cd").c_str(), O_RDWR), own), own);
+      EXPECT_EQ(descriptor_of(46), -1);
+    }
+    EXPECT_EQ(__msportlib_d_writechar(46, 'x'), -EBADF);
+    EXPECT_EQ(__msportlib_d_readchar(46), -EBADF);
+    EXPECT_EQ(__msportlib_d_fseek(46, 1, SEEK_SET), -EBADF);
+    EXPECT_EQ(__msportlib_d_curpos(46), -EBADF);
+    EXPECT_EQ(flushqq_(&unit), 0);
+    EXPECT_EQ(commitqq_(&unit), 0);
+  }
+  EXPECT_EQ(lseek(own, 0, SEEK_CUR), 0);
+  ASSERT_EQ(for_fdopen(fd, 46, "r+", 2), 0);
+  EXPECT_EQ(lseek(own, 0, SEEK_CUR), 0) << "the other's descriptor is still open";
+  EXPECT_EQ(__msportlib_d_readchar(46), 'a');
+  close(own);
+  close(descriptor_of(46));
+  close(fd);
 }
 
 TEST(PosixProvider, FdopenChecksTheDescriptorAndTheAccess) {
@@ -36,6 +117,15 @@ TEST(PosixProvider, FdopenChecksTheDescriptorAndTheAccess) {
   EXPECT_EQ(for_fdopen(null, 41, "w", 1), EINVAL);
   EXPECT_EQ(for_fdopen(null, 41, "rw", 2), EINVAL);
   EXPECT_EQ(for_fdopen(null, 41, "x", 1), EINVAL);
+  EXPECT_EQ(for_fdopen(null, -1, "r", 1), EINVAL);
+  EXPECT_EQ(for_fdopen(null, INT_MIN, "r", 1), EINVAL);
+  const int writing = open("/dev/null", O_WRONLY | O_CLOEXEC);
+  for (const std::string access : {"r", "READ", "r+", "w+", "a+", "rw", "readwrite"})
+    EXPECT_EQ(for_fdopen(writing, 41, access.data(), static_cast<intptr_t>(access.size())), EINVAL);
+  const int directory = open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  EXPECT_EQ(for_fdopen(directory, 41, "r", 1), EISDIR);
+  close(writing);
+  close(directory);
   EXPECT_EQ(__msportlib_d_gethandle(41, nullptr, nullptr), -1);
   EXPECT_EQ(for_fdopen(null, 41, nullptr, 0), 0);
   EXPECT_EQ(for_fdopen(null, 41, "   ", 3), 0);
@@ -49,7 +139,7 @@ TEST(PosixProvider, TheNameIsTheFilesAndIsCutAtTheCapacity) {
   ASSERT_EQ(for_fdopen(fd, 42, "r+", 2), 0);
   Character name(300);
   int64_t length = 300;
-  EXPECT_EQ(__msportlib_d_gethandle(42, name.data(), &length), fd);
+  EXPECT_EQ(__msportlib_d_gethandle(42, name.data(), &length), descriptor_of(42));
   EXPECT_EQ(name.text().substr(0, static_cast<size_t>(length)), path);
   Character few(4);
   length = 4;
@@ -82,9 +172,13 @@ TEST(PosixProvider, CharactersAndPositions) {
   const int32_t unit = 43;
   EXPECT_EQ(flushqq_(&unit), 1);
   EXPECT_EQ(commitqq_(&unit), 1);
+  EXPECT_EQ(__msportlib_d_fseek_i8(43, 3221225472, SEEK_SET), 0);
+  int32_t offset = 0, ierror = SENTINEL;
+  pxfftell_(&unit, &offset, &ierror);
+  EXPECT_EQ(offset, -1073741824);
+  EXPECT_EQ(ierror, 0);
+  close(descriptor_of(43));
   close(fd);
-  EXPECT_EQ(__msportlib_d_readchar(43), -EBADF);
-  EXPECT_EQ(__msportlib_d_writechar(43, 'x'), -EBADF);
 }
 
 TEST(PosixProvider, UnconnectedUnits) {
@@ -135,16 +229,28 @@ TEST(PosixProvider, TheCommandLineOfAProgramWhoseMainIsNotFortran) {
   }
 }
 
-// Last, since what it enters stays.
-TEST(PosixProvider, AFullTableIsEmfile) {
+// As many units as descriptors, and each closed one makes room for another.
+TEST(PosixProvider, NoUnitIsRefusedForGood) {
   const int null = open("/dev/null", O_RDONLY | O_CLOEXEC);
+  rlimit former;
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &former), 0);
+  const rlimit few = {400, former.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
   int32_t entered = 0;
-  while (for_fdopen(null, 1000 + entered, "r", 1) == 0 && entered < 10000)
+  while (for_fdopen(null, 1000 + entered, "r", 1) == 0 && entered < 1000)
     ++entered;
-  EXPECT_GT(entered, 90);
-  EXPECT_LE(entered, 97);
-  EXPECT_EQ(for_fdopen(null, 5000, "r", 1), EMFILE);
-  EXPECT_EQ(for_fdopen(null, 1000, "r", 1), 0);
+  EXPECT_GT(entered, 300);
+  EXPECT_LT(entered, 400);
+  EXPECT_EQ(for_fdopen(null, 1000 + entered, "r", 1), EMFILE);
+  EXPECT_EQ(descriptor_of(1000 + entered), -1);
+  close(descriptor_of(1005));
+  EXPECT_EQ(for_fdopen(null, 5000, "r", 1), 0);
+  EXPECT_EQ(__msportlib_d_readchar(5000), READ_END);
+  for (int32_t unit = 1000; unit < 1000 + entered; ++unit)
+    if (unit != 1005)
+      close(descriptor_of(unit));
+  close(descriptor_of(5000));
+  EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &former), 0);
   close(null);
 }
 

@@ -115,6 +115,7 @@ void connect_closed() {
   const int descriptor = open("/dev/null", O_RDWR);
   connect(descriptor, CLOSED);
   close(descriptor);
+  close(__msportlib_d_gethandle(CLOSED, nullptr, nullptr));
 }
 
 TEST(Isatty, TerminalIs1) {

@@ -1,27 +1,47 @@
 // Input and output on units without a Fortran run-time: straight to the descriptor, so nothing waits in a
 // buffer.
 #include "contract/services.h"
-#include "core/services/descriptor.h"
+#include "core/posix/units.h"
 
 #include "frame/fortran.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <unistd.h>
 
 namespace {
 
-int descriptor_of(intptr_t unit) {
-  return __msportlib_d_gethandle(unit, nullptr, nullptr);
+int descriptor_of(intptr_t number) {
+  const qxcore::Unit *unit = qxcore::connected_unit(number);
+  return unit == nullptr ? -1 : unit->descriptor;
+}
+
+// The descriptor of a unit that allows the action; -1 for none.
+int descriptor_for(intptr_t number, qxcore::Action action) {
+  const qxcore::Unit *unit = qxcore::connected_unit(number);
+  if (unit == nullptr || (unit->action != action && unit->action != qxcore::Action::ReadWrite))
+    return -1;
+  return unit->descriptor;
+}
+
+// A signal's procedure may run meanwhile; the character is moved all the same.
+template <typename Move>
+ssize_t uninterrupted(Move move) {
+  ssize_t count;
+  do
+    count = move();
+  while (count < 0 && errno == EINTR);
+  return count;
 }
 
 }  // namespace
 
 int32_t __msportlib_d_readchar(intptr_t unit) {
-  const int fd = descriptor_of(unit);
+  const int fd = descriptor_for(unit, qxcore::Action::Read);
   if (fd < 0)
     return -EBADF;
   unsigned char character;
-  const ssize_t count = read(fd, &character, 1);
+  const ssize_t count = uninterrupted([&] { return read(fd, &character, 1); });
   if (count == 1)
     return character;
   // An error number of 2 would read as the end of the file.
@@ -29,11 +49,11 @@ int32_t __msportlib_d_readchar(intptr_t unit) {
 }
 
 int32_t __msportlib_d_writechar(intptr_t unit, int32_t character) {
-  const int fd = descriptor_of(unit);
+  const int fd = descriptor_for(unit, qxcore::Action::Write);
   if (fd < 0)
     return -EBADF;
   const unsigned char byte = static_cast<unsigned char>(character);
-  return write(fd, &byte, 1) == 1 ? 0 : -errno;
+  return uninterrupted([&] { return write(fd, &byte, 1); }) == 1 ? 0 : -errno;
 }
 
 int32_t __msportlib_d_fseek_i8(intptr_t unit, int64_t offset, int32_t origin) {
