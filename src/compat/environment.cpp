@@ -49,7 +49,7 @@ bool grow_list(size_t count) {
   auto **list = static_cast<char **>(realloc(own_list, (count + 2) * sizeof(char *)));
   if (list == nullptr)
     return false;
-  if (environ != own_list && count > 0)
+  if (environ != own_list && environ != nullptr)
     memcpy(list, environ, count * sizeof(char *));
   list[count] = list[count + 1] = nullptr;
   environ = own_list = list;

@@ -1,5 +1,6 @@
-// Names and what they resolve to, in the tree of path_tree.h with `dir` as current directory. In both @ stands
-// for the tree, ^ for the directory that it is in, and ~ for a name below the root directory that is not there.
+// Names and what they resolve to, in the tree of path_tree.h with `dir` as current directory. In both @
+// stands for the tree, ^ for the directory that it is in, and ~ for a name below the root directory that is
+// not there.
 #ifndef TESTS_SUPPORT_RESOLUTION_CASES_H
 #define TESTS_SUPPORT_RESOLUTION_CASES_H
 
