@@ -1,6 +1,6 @@
 // Small string and comparison routines offered to Fortran programs.
 #include "frame/errors.h"
-#include "frame/fortran.h"
+#include "frame/strings.h"
 
 #include <cstdlib>
 
@@ -9,22 +9,12 @@ using namespace qxport;
 namespace {
 
 // A zero-filled copy with two bytes to spare, so that a comparison may look one character past the text.
-class ZeroFilledCopy {
-public:
-  ZeroFilledCopy(const char *text, size_t length) : bytes_(static_cast<char *>(calloc(length + 2, 1))) {
-    if (bytes_ != nullptr && length > 0)
-      memcpy(bytes_, text, length);
-  }
-  ~ZeroFilledCopy() { free(bytes_); }
-  ZeroFilledCopy(const ZeroFilledCopy &) = delete;
-  ZeroFilledCopy &operator=(const ZeroFilledCopy &) = delete;
-
-  explicit operator bool() const { return bytes_ != nullptr; }
-  const char *get() const { return bytes_; }
-
-private:
-  char *bytes_;
-};
+char *new_zero_filled(const char *text, size_t length) {
+  char *copy = static_cast<char *>(calloc(length + 2, 1));
+  if (copy != nullptr && length > 0)
+    memcpy(copy, text, length);
+  return copy;
+}
 
 }  // namespace
 
@@ -40,8 +30,8 @@ int32_t rindex_(const char *string, const char *substr, charlen string_len, char
   const size_t sub_length = length_of(substr_len);
   if (sub_length > length)
     return 0;
-  const ZeroFilledCopy text(string, length);
-  const ZeroFilledCopy sub(substr, sub_length);
+  const CString text(new_zero_filled(string, length));
+  const CString sub(new_zero_filled(substr, sub_length));
   if (!text || !sub) {
     record_status(errno);
     return 0;

@@ -19,10 +19,13 @@ size_t CstrToFstr(char *text, const char *source, qxport::charlen length, qxport
 
 namespace qxport {
 
-// Owns the NUL-terminated copy of a CHARACTER argument.
+// Owns a NUL-terminated string. Without one, errno tells why.
 class CString {
 public:
-  CString(const char *text, charlen length) : string_(allocCstr(text, length)) {}
+  // The copy of a CHARACTER argument.
+  CString(const char *text, charlen length) : CString(allocCstr(text, length)) {}
+  // Takes over a string from the heap, or null.
+  explicit CString(char *string) : string_(string) {}
   ~CString() { deallocCstr(string_); }
   CString(const CString &) = delete;
   CString &operator=(const CString &) = delete;

@@ -36,20 +36,9 @@ Span trimmed(const char *text, int32_t length, charlen hidden_length) {
   return span;
 }
 
-// Owns a NUL-terminated copy.
-class Copy {
-public:
-  explicit Copy(const Span &span) : text_(new_copy(span.start, span.length)) {}
-  ~Copy() { free(text_); }
-  Copy(const Copy &) = delete;
-  Copy &operator=(const Copy &) = delete;
-
-  explicit operator bool() const { return text_ != nullptr; }
-  const char *c_str() const { return text_; }
-
-private:
-  char *text_;
-};
+char *new_copy(const Span &span) {
+  return qxport::new_copy(span.start, span.length);
+}
 
 // Takes the first entry out of the environment by hand: for one that unsetenv cannot name, since it has no
 // name or no value. Without it the environment would never get empty.
@@ -80,13 +69,13 @@ void pxfgetarg_(const int32_t *m, char *value, int32_t *ilen, int32_t *ierror, c
 // CALL PXFGETENV(NAME, LENNAME, VALUE, LENVAL, IERROR)
 void pxfgetenv_(const char *name, const int32_t *lenname, char *value, int32_t *lenval, int32_t *ierror,
                 charlen name_len, charlen value_len) {
-  const Copy variable(trimmed(name, std::min(*lenname, narrow_length(name_len)), name_len));
+  const CString variable(new_copy(trimmed(name, std::min(*lenname, narrow_length(name_len)), name_len)));
   if (!variable) {
     *ierror = errno;
     blank_fill(value, narrow_length(value_len));
     return;
   }
-  const char *found = getenv(variable.c_str());
+  const char *found = getenv(variable.get());
   if (found == nullptr) {
     blank_fill(value, narrow_length(value_len));
     return refuse(ierror, EINVAL);
@@ -99,17 +88,17 @@ void pxfsetenv_(const char *name, const int32_t *lenname, const char *value, con
                 const int32_t *ioverwrite, int32_t *ierror, charlen name_len, charlen value_len) {
   if (exceeds(*lenname, name_len) || exceeds(*lenval, value_len))
     return refuse(ierror, EINVAL);
-  const Copy variable(trimmed(name, *lenname, name_len));
+  const CString variable(new_copy(trimmed(name, *lenname, name_len)));
   if (!variable) {
     *ierror = errno;
     return;
   }
-  const Copy text(trimmed(value, *lenval, value_len));
+  const CString text(new_copy(trimmed(value, *lenval, value_len)));
   if (!text) {
     *ierror = errno;
     return;
   }
-  report(setenv(variable.c_str(), text.c_str(), *ioverwrite), ierror);
+  report(setenv(variable.get(), text.get(), *ioverwrite), ierror);
 }
 
 // CALL PXFCLEARENV(IERROR)

@@ -57,11 +57,11 @@ private:
 template <typename Call>
 void execute(const char *path, int32_t lenpath, charlen path_len, const TextArray &arguments, int32_t *ierror,
              Call call) {
-  const FileName name(path, lenpath, path_len);
+  const CString name = file_name(path, lenpath, path_len);
   if (name) {
     const StringVector vector(arguments);
     if (vector)
-      call(name.c_str(), vector.get());
+      call(name.get(), vector.get());
   }
   *ierror = errno;
 }

@@ -30,8 +30,6 @@ char *qxport::new_copy(const char *text, int32_t length) {
 
 // No host call takes a name of PATH_MAX characters, so a longer one is cut there: it fails the same way, and
 // an ILEN far beyond the caller's variable is not followed.
-FileName::FileName(const char *text, int32_t length) : name_(new_copy(text, std::min(length, PATH_MAX))) {}
-
-FileName::~FileName() {
-  free(name_);
+CString qxport::exact_file_name(const char *text, int32_t length) {
+  return CString(new_copy(text, std::min(length, PATH_MAX)));
 }

@@ -2,6 +2,7 @@
 #ifndef QXPORT_POSIX_FILE_NAME_H
 #define QXPORT_POSIX_FILE_NAME_H
 
+#include "frame/strings.h"
 #include "records/outcome.h"
 #include "records/text_length.h"
 
@@ -26,38 +27,23 @@ inline int32_t length_by_rule(const char *text, int32_t length, charlen hidden_l
 // EINVAL for a negative length.
 char *new_copy(const char *text, int32_t length);
 
-// Owns the NUL-terminated copy of a file name. Without one, errno tells why.
-class FileName {
-public:
-  // The name by the rule, whatever the variable's length. A negative ILEN is EINVAL.
-  FileName(const char *text, int32_t ilen, charlen hidden_length)
-      : FileName(text, length_by_rule(text, ilen, hidden_length)) {}
+// The copy of a file name of exactly `length` characters, which a NUL ends.
+CString exact_file_name(const char *text, int32_t length);
 
-  // Exactly `length` characters, which a NUL ends.
-  static FileName exactly(const char *text, int32_t length) { return FileName(text, length); }
-
-  ~FileName();
-  FileName(const FileName &) = delete;
-  FileName &operator=(const FileName &) = delete;
-
-  explicit operator bool() const { return name_ != nullptr; }
-  const char *c_str() const { return name_; }
-
-private:
-  FileName(const char *text, int32_t length);
-
-  char *name_;
-};
+// The name by the rule, whatever the variable's length. A negative ILEN is EINVAL.
+inline CString file_name(const char *text, int32_t ilen, charlen hidden_length) {
+  return exact_file_name(text, length_by_rule(text, ilen, hidden_length));
+}
 
 // Converts a name by the rule, makes the call with it, and reports.
 template <typename Call>
 void call_with_name(const char *text, int32_t ilen, charlen hidden_length, int32_t *ierror, Call call) {
-  const FileName name(text, ilen, hidden_length);
+  const CString name = file_name(text, ilen, hidden_length);
   if (!name) {
     *ierror = errno;
     return;
   }
-  report(call(name.c_str()), ierror);
+  report(call(name.get()), ierror);
 }
 
 }  // namespace qxport

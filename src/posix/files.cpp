@@ -19,13 +19,13 @@ mode_t mode_of(int32_t imode) {
 template <typename Call>
 void call_with_names(const char *first, int32_t ilen1, charlen hidden1, const char *second, int32_t ilen2,
                      charlen hidden2, int32_t *ierror, Call call) {
-  const FileName first_name(first, ilen1, hidden1);
+  const CString first_name = file_name(first, ilen1, hidden1);
   if (!first_name) {
     *ierror = errno;
     return;
   }
   call_with_name(second, ilen2, hidden2, ierror,
-                 [&](const char *second_name) { return call(first_name.c_str(), second_name); });
+                 [&](const char *second_name) { return call(first_name.get(), second_name); });
 }
 
 int32_t is_type(int32_t mode, mode_t type) {
@@ -86,10 +86,10 @@ void pxfstat_(const char *path, const int32_t *, const int32_t *jstat, int32_t *
   StatRecord *record = find_record_as<StatRecord>(*jstat, Kind::Stat, ierror);
   if (record == nullptr)
     return;
-  const FileName name =
-      FileName::exactly(path, static_cast<int32_t>(trimmed_length(path, narrow_length(path_len))));
+  const CString name =
+      exact_file_name(path, static_cast<int32_t>(trimmed_length(path, narrow_length(path_len))));
   struct stat status;
-  if (!name || stat(name.c_str(), &status) != 0) {
+  if (!name || stat(name.get(), &status) != 0) {
     *ierror = errno;
     return;
   }
@@ -112,12 +112,12 @@ void pxfutime_(const char *path, const int32_t *, const int32_t *jutimbuf, int32
   }
   const int32_t limit = narrow_length(path_len);
   const char *blank = std::find(path, path + limit, ' ');
-  const FileName name = FileName::exactly(path, static_cast<int32_t>(blank - path));
+  const CString name = exact_file_name(path, static_cast<int32_t>(blank - path));
   if (!name) {
     *ierror = errno;
     return;
   }
-  report(utime(name.c_str(), now ? nullptr : &times), ierror);
+  report(utime(name.get(), now ? nullptr : &times), ierror);
 }
 
 // CALL PXFPATHCONF(PATH, ILEN, NAME, IVAL, IERROR)

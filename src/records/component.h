@@ -57,6 +57,7 @@ private:
 enum class ComponentType : uint8_t {
   Int32,
   Int64,
+  Count,       // of 32 bits: the number of the strings in another component
   Int32Array,  // capacity elements
   Text,        // held in the record, NUL-terminated; a set stores at most capacity characters
   String,      // owned; its length stands at length_offset

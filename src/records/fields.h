@@ -35,6 +35,24 @@ const Component *find_component(const Record *record, const char *compnam, charl
   return nullptr;
 }
 
+// A component of a record; none with the error reported.
+struct Field {
+  Record *record;
+  const Component *component;
+
+  explicit operator bool() const { return component != nullptr; }
+  template <typename T>
+  T &value() const {
+    return record->at<T>(component->offset);
+  }
+};
+
+template <typename Predicate>
+Field find_field(int32_t handle, const char *compnam, charlen length, int32_t *ierror, Predicate allowed) {
+  Record *record = begin_access(handle, ierror);
+  return {record, record == nullptr ? nullptr : find_component(record, compnam, length, ierror, allowed)};
+}
+
 }  // namespace qxport
 
 #endif

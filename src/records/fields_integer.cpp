@@ -6,7 +6,8 @@ using namespace qxport;
 namespace {
 
 bool is_scalar(const Component &component) {
-  return component.type == ComponentType::Int32 || component.type == ComponentType::Int64;
+  return component.type == ComponentType::Int32 || component.type == ComponentType::Int64 ||
+         component.type == ComponentType::Count;
 }
 bool is_settable_scalar(const Component &component) {
   return is_scalar(component) && component.settable;
@@ -18,29 +19,23 @@ bool is_array(const Component &component) {
 template <typename Integer>
 void set_scalar(const int32_t *jhandle, const char *compnam, const Integer *value, int32_t *ierror,
                 charlen compnam_len) {
-  Record *record = begin_access(*jhandle, ierror);
-  if (record == nullptr)
+  const Field field = find_field(*jhandle, compnam, compnam_len, ierror, is_settable_scalar);
+  if (!field)
     return;
-  const Component *component = find_component(record, compnam, compnam_len, ierror, is_settable_scalar);
-  if (component == nullptr)
-    return;
-  if (component->type == ComponentType::Int64)
-    record->at<int64_t>(component->offset) = *value;
+  if (field.component->type == ComponentType::Int64)
+    field.value<int64_t>() = *value;
   else
-    record->at<int32_t>(component->offset) = static_cast<int32_t>(*value);
+    field.value<int32_t>() = static_cast<int32_t>(*value);
 }
 
 // The elements of an array component; null with the error reported.
 int32_t *find_array(const int32_t *jhandle, const char *compnam, charlen compnam_len, int32_t *ierror,
                     int32_t *capacity) {
-  Record *record = begin_access(*jhandle, ierror);
-  if (record == nullptr)
+  const Field field = find_field(*jhandle, compnam, compnam_len, ierror, is_array);
+  if (!field)
     return nullptr;
-  const Component *component = find_component(record, compnam, compnam_len, ierror, is_array);
-  if (component == nullptr)
-    return nullptr;
-  *capacity = static_cast<int32_t>(component->capacity);
-  return &record->at<int32_t>(component->offset);
+  *capacity = static_cast<int32_t>(field.component->capacity);
+  return &field.value<int32_t>();
 }
 
 template <typename Integer>
@@ -91,19 +86,16 @@ int32_t *find_element(const int32_t *jhandle, const char *compnam, charlen compn
 // CALL PXFINTGET(JHANDLE, COMPNAM, VALUE, IERROR)
 void pxfintget_(const int32_t *jhandle, const char *compnam, int32_t *value, int32_t *ierror,
                 charlen compnam_len) {
-  Record *record = begin_access(*jhandle, ierror);
-  if (record == nullptr)
+  const Field field = find_field(*jhandle, compnam, compnam_len, ierror, is_scalar);
+  if (!field)
     return;
-  const Component *component = find_component(record, compnam, compnam_len, ierror, is_scalar);
-  if (component == nullptr)
-    return;
-  if (component->type == ComponentType::Int32) {
-    *value = record->at<int32_t>(component->offset);
+  if (field.component->type != ComponentType::Int64) {
+    *value = field.value<int32_t>();
     return;
   }
-  const int64_t wide = record->at<int64_t>(component->offset);
+  const int64_t wide = field.value<int64_t>();
   *value = static_cast<int32_t>(wide);
-  if (component->checked && *value != wide) {
+  if (field.component->checked && *value != wide) {
     *value = 0;
     *ierror = errno = ERANGE;
   }
@@ -120,13 +112,10 @@ void pxfintset_(const int32_t *jhandle, const char *compnam, const int32_t *valu
 // first gets the unsigned low 32 bits, and programs that keep a mark in the upper half find it there.
 void pxfint8get_(const int32_t *jhandle, const char *compnam, int64_t *value, int32_t *ierror,
                  charlen compnam_len) {
-  Record *record = begin_access(*jhandle, ierror);
-  if (record == nullptr)
-    return;
-  const Component *component = find_component(record, compnam, compnam_len, ierror, is_scalar);
+  const Field field = find_field(*jhandle, compnam, compnam_len, ierror, is_scalar);
   // On this byte order the low half stands first in both.
-  if (component != nullptr)
-    memcpy(value, &record->at<int32_t>(component->offset), sizeof(int32_t));
+  if (field)
+    memcpy(value, &field.value<int32_t>(), sizeof(int32_t));
 }
 
 // CALL PXFINT8SET(JHANDLE, COMPNAM, VALUE, IERROR)

@@ -57,15 +57,11 @@ void set_text(Record *record, const Component &component, const Text &text, int3
 // name what the host said.
 void set_string(Record *record, const Component &component, const Text &text, int32_t *ierror) {
   release_strings(record, component);
-  char *string = new_string(text.start, text.length);
-  if (string == nullptr) {
-    if (record->kind != static_cast<uint32_t>(Kind::Group))
-      errno = ENOMEM;
-    *ierror = errno;
+  if (replace(owned_string(record, component), text.start, strnlen(text.start, text.length), Ending::Nul))
     return;
-  }
-  record->at<char *>(component.offset) = string;
-  record->at<size_t>(component.length_offset) = strlen(string);
+  if (record->kind != static_cast<uint32_t>(Kind::Group))
+    errno = ENOMEM;
+  *ierror = errno;
 }
 
 }  // namespace
@@ -73,12 +69,9 @@ void set_string(Record *record, const Component &component, const Text &text, in
 // CALL PXFSTRGET(JHANDLE, COMPNAM, VALUE, ILEN, IERROR)
 void pxfstrget_(const int32_t *jhandle, const char *compnam, char *value, int32_t *ilen, int32_t *ierror,
                 charlen compnam_len, charlen value_len) {
-  Record *record = begin_access(*jhandle, ierror);
-  if (record == nullptr)
-    return;
-  const Component *component = find_component(record, compnam, compnam_len, ierror, is_text);
-  if (component != nullptr)
-    deliver_text(text_of(record, *component), value, value_len, ilen, ierror);
+  const Field field = find_field(*jhandle, compnam, compnam_len, ierror, is_text);
+  if (field)
+    deliver_text(text_of(field.record, *field.component), value, value_len, ilen, ierror);
 }
 
 // CALL PXFSTRSET(JHANDLE, COMPNAM, VALUE, ILEN, IERROR)
@@ -87,17 +80,14 @@ void pxfstrset_(const int32_t *jhandle, const char *compnam, const char *value, 
                 int32_t *ierror, charlen compnam_len, charlen value_len) {
   if (exceeds(*ilen, narrow_length(value_len)))
     return refuse(ierror, EINVAL);
-  Record *record = begin_access(*jhandle, ierror);
-  if (record == nullptr)
-    return;
-  const Component *component = find_component(record, compnam, compnam_len, ierror, is_text);
-  if (component == nullptr)
+  const Field field = find_field(*jhandle, compnam, compnam_len, ierror, is_text);
+  if (!field)
     return;
   const Text text = {value, trimmed_length(value, *ilen)};
-  if (component->type == ComponentType::String)
-    set_string(record, *component, text, ierror);
+  if (field.component->type == ComponentType::String)
+    set_string(field.record, *field.component, text, ierror);
   else
-    set_text(record, *component, text, ierror);
+    set_text(field.record, *field.component, text, ierror);
 }
 
 // CALL PXFESTRGET(JHANDLE, COMPNAM, INDEX, VALUE, ILEN, IERROR)

@@ -22,39 +22,10 @@ bool owns_strings(const Component &component) {
   return component.type == ComponentType::String || component.type == ComponentType::Strings;
 }
 
-// The copies of a source's strings; null with memory exhausted. None of none is none.
-char **copy_members(char *const *members, int32_t count) {
-  char **copies = static_cast<char **>(calloc(static_cast<size_t>(count), sizeof(char *)));
-  if (copies == nullptr)
-    return nullptr;
-  for (int32_t i = 0; i < count; ++i) {
-    if (members == nullptr || members[i] == nullptr)
-      continue;
-    copies[i] = new_string(members[i], strlen(members[i]));
-    if (copies[i] == nullptr) {
-      while (i > 0)
-        free(copies[--i]);
-      free(copies);
-      return nullptr;
-    }
-  }
-  return copies;
-}
-
 // False when memory ran out: the destination then keeps its string.
 bool copy_string(Record *source, Record *destination, const Component &component) {
-  const char *text = source->at<char *>(component.offset);
-  const size_t length = source->at<size_t>(component.length_offset);
-  char *copy = nullptr;
-  if (text != nullptr) {
-    copy = new_string(text, length);
-    if (copy == nullptr)
-      return false;
-  }
-  release_strings(destination, component);
-  destination->at<char *>(component.offset) = copy;
-  destination->at<size_t>(component.length_offset) = length;
-  return true;
+  const OwnedString string = owned_string(source, component);
+  return replace(owned_string(destination, component), string.start, string.length, Ending::Nul);
 }
 
 // False when memory ran out: the destination's list is gone by then.
@@ -62,7 +33,7 @@ bool copy_strings(Record *source, Record *destination, const Component &componen
   release_strings(destination, component);
   const int32_t count = source->at<int32_t>(component.length_offset);
   if (count > 0) {
-    char **copies = copy_members(source->at<char **>(component.offset), count);
+    char **copies = new_strings(source->at<char **>(component.offset), count);
     if (copies == nullptr)
       return false;
     destination->at<char **>(component.offset) = copies;
@@ -71,12 +42,11 @@ bool copy_strings(Record *source, Record *destination, const Component &componen
   return true;
 }
 
+// But for the counts, which go with their lists.
 void copy_numbers(Record *source, Record *destination, const RecordKind &kind) {
-  for (const Component &component : kind.components) {
-    const bool is_count = !component.settable;
-    if (component.type == ComponentType::Int32 && !is_count)
+  for (const Component &component : kind.components)
+    if (component.type == ComponentType::Int32)
       destination->at<int32_t>(component.offset) = source->at<int32_t>(component.offset);
-  }
 }
 
 // Deep: the two records never share a string. A failure leaves what was reached: the numbers and the strings
@@ -112,29 +82,11 @@ Record *qxport::find_record_of_kind(int32_t handle, Kind kind, int32_t *ierror) 
   return record;
 }
 
-char *qxport::new_string(const char *text, size_t count) {
-  char *copy = static_cast<char *>(malloc(count + 1));
-  if (copy == nullptr)
-    return nullptr;
-  memcpy(copy, text, count);
-  copy[count] = '\0';
-  return copy;
-}
-
 void qxport::release_strings(Record *record, const Component &component) {
-  if (component.type == ComponentType::Strings) {
-    char **&members = record->at<char **>(component.offset);
-    const int32_t count = record->at<int32_t>(component.length_offset);
-    for (int32_t i = 0; members != nullptr && i < count; ++i)
-      free(members[i]);
-    free(members);
-    members = nullptr;
-  } else {
-    char *&text = record->at<char *>(component.offset);
-    free(text);
-    text = nullptr;
-    record->at<size_t>(component.length_offset) = 0;
-  }
+  if (component.type == ComponentType::Strings)
+    release_strings(record->at<char **>(component.offset), record->at<int32_t>(component.length_offset));
+  else
+    release(owned_string(record, component));
 }
 
 // CALL PXFSTRUCTCREATE(STRUCTNAME, JHANDLE, IERROR)

@@ -4,6 +4,7 @@
 
 #include "records/handles.h"
 #include "records/outcome.h"
+#include "records/strings.h"
 
 #include <qxport_records.h>
 
@@ -38,8 +39,10 @@ T *find_record_as(int32_t handle, Kind kind, int32_t *ierror) {
   return reinterpret_cast<T *>(find_record_of_kind(handle, kind, ierror));
 }
 
-// Copies `count` characters into a new string with a NUL behind them; null when memory ran out.
-char *new_string(const char *text, size_t count);
+// The string of a component.
+inline OwnedString owned_string(Record *record, const Component &component) {
+  return {record->at<char *>(component.offset), record->at<size_t>(component.length_offset)};
+}
 
 // Releases the strings that a component owns, and forgets them.
 void release_strings(Record *record, const Component &component);

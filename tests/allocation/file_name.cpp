@@ -6,6 +6,9 @@
 
 #include <gtest/gtest.h>
 
+using qxport::CString;
+using qxport::file_name;
+
 namespace {
 
 // Stands for a host call that must not be made.
@@ -18,8 +21,8 @@ int refuse(const char *) {
 
 TEST(FileName, AsksForItsLengthAndOneByte) {
   const FailingAllocation counting(0);
-  const qxport::FileName trimmed("abc  ", 0, 5);
-  const qxport::FileName exact("abc  ", 4, 5);
+  const CString trimmed = file_name("abc  ", 0, 5);
+  const CString exact = file_name("abc  ", 4, 5);
   EXPECT_EQ(counting.allocations(), 2U);
   EXPECT_EQ(counting.requested(1), 3U + 1);
   EXPECT_EQ(counting.requested(2), 4U + 1);
@@ -40,5 +43,5 @@ TEST(FileName, TheSystemsNumberIsReportedAndNothingDone) {
 }
 
 TEST(FileName, GivenBackWhole) {
-  EXPECT_EQ(heap_growth([] { const qxport::FileName name("abc", 0, 3); }), 0U);
+  EXPECT_EQ(heap_growth([] { const CString name = file_name("abc", 0, 3); }), 0U);
 }

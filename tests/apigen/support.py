@@ -263,6 +263,7 @@ components = [
   { name = "total", type = "integer(4)", access = "get", text = "how many" },
   { name = "members", type = "strings", count_of = "total", access = "get", text = "names" },
   { name = "second", type = "string", access = "get set", text = "another name" },
+  { name = "fixed", type = "integer(4)", access = "get", text = "what nobody sets and nothing counts" },
 ]
 
 [[record]]

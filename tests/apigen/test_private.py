@@ -22,7 +22,7 @@ static_assert(std::size(RECORD_KINDS) == 2);
 static_assert(RECORD_KINDS[0].name == FoldedName("OPAQUE") && RECORD_KINDS[0].kind == Kind::Opaque);
 static_assert(RECORD_KINDS[0].size == sizeof(OpaqueRecord) && RECORD_KINDS[0].components.empty());
 static_assert(RECORD_KINDS[1].name == FoldedName("pair") && RECORD_KINDS[1].kind == Kind::Pair);
-static_assert(RECORD_KINDS[1].size == sizeof(PairRecord) && RECORD_KINDS[1].components.size() == 7);
+static_assert(RECORD_KINDS[1].size == sizeof(PairRecord) && RECORD_KINDS[1].components.size() == 8);
 static_assert(static_cast<uint32_t>(Kind::Opaque) == 1 && static_cast<uint32_t>(Kind::Pair) == 2);
 static_assert(offsetof(OpaqueRecord, kind) == 0 && offsetof(PairRecord, kind) == 0);
 
@@ -54,9 +54,10 @@ static_assert(row(0, FoldedName("st_mtime"), ComponentType::Int64, AT(st_mtime_)
 static_assert(row(1, FoldedName("label"), ComponentType::Text, AT(label), 7, 0, true, true));
 static_assert(row(2, FoldedName("codes"), ComponentType::Int32Array, AT(codes), 3, 0, true, true));
 static_assert(row(3, FoldedName("owner"), ComponentType::String, AT(owner), 0, AT(owner_length), true, true));
-static_assert(row(4, FoldedName("total"), ComponentType::Int32, AT(total), 0, 0, false, true));
+static_assert(row(4, FoldedName("total"), ComponentType::Count, AT(total), 0, 0, false, true));
 static_assert(row(5, FoldedName("members"), ComponentType::Strings, AT(members), 0, AT(total), false, true));
 static_assert(row(6, FoldedName("second"), ComponentType::String, AT(second), 0, AT(second_length), true, true));
+static_assert(row(7, FoldedName("fixed"), ComponentType::Int32, AT(fixed), 0, 0, false, true));
 """
 
 CONSTANTS = """

@@ -136,6 +136,8 @@ BINDING_FAULTS = {
     "counted string": ('type = "string", access = "get set", text = "another',
                        'type = "string", count_of = "total", access = "get set", text = "another', PAIR,
                        "component second: `count_of` belongs to"),
+    "counter to set": ('name = "total", type = "integer(4)", access = "get"',
+                       'name = "total", type = "integer(4)", access = "get set"', PAIR, "`total` counts strings, so"),
     "counter behind": ('count_of = "total"', 'count_of = "second"', PAIR, "`second` is no integer(4) component before"),
     "array as counter": ('count_of = "total"', 'count_of = "codes"', PAIR, "`codes` is no integer(4) component before"),
     "duplicate component": ('name = "second"', 'name = "owner"', PAIR, "component owner: duplicate component name"),

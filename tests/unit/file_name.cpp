@@ -9,11 +9,12 @@
 
 namespace {
 
-using qxport::FileName;
+using qxport::CString;
+using qxport::file_name;
 
 std::string name(const std::string &text, int32_t ilen) {
-  const FileName converted(text.data(), ilen, static_cast<qxport::charlen>(text.size()));
-  return converted ? converted.c_str() : "(none)";
+  const CString converted = file_name(text.data(), ilen, static_cast<qxport::charlen>(text.size()));
+  return converted ? converted.get() : "(none)";
 }
 
 }  // namespace
@@ -42,8 +43,8 @@ TEST(FileName, LengthZeroKeepsWhatIsNoWhiteSpace) {
 
 TEST(FileName, LengthZeroOfNoCharactersIsEmpty) {
   EXPECT_EQ(name("", 0), "");
-  const FileName negative("abc", 0, -1);
-  EXPECT_STREQ(negative.c_str(), "");
+  const CString negative = file_name("abc", 0, -1);
+  EXPECT_STREQ(negative.get(), "");
 }
 
 TEST(FileName, OtherLengthIsExact) {
@@ -54,8 +55,8 @@ TEST(FileName, OtherLengthIsExact) {
 }
 
 TEST(FileName, LengthPassesTheHiddenOne) {
-  const FileName converted("abcdef", 6, 3);
-  EXPECT_STREQ(converted.c_str(), "abcdef");
+  const CString converted = file_name("abcdef", 6, 3);
+  EXPECT_STREQ(converted.get(), "abcdef");
 }
 
 TEST(FileName, NulEndsTheName) {
@@ -83,10 +84,10 @@ TEST(FileName, ReadsNothingOutsideTheText) {
     const FencedText ended(text);
     const FencedText begun(text, FencedText::Fence::Before);
     for (const int32_t ilen : {0, static_cast<int32_t>(text.size())}) {
-      const FileName from_ended(ended.data(), ilen, ended.length());
-      const FileName from_begun(begun.data(), ilen, begun.length());
-      EXPECT_EQ(from_ended.c_str(), name(text, ilen));
-      EXPECT_EQ(from_begun.c_str(), name(text, ilen));
+      const CString from_ended = file_name(ended.data(), ilen, ended.length());
+      const CString from_begun = file_name(begun.data(), ilen, begun.length());
+      EXPECT_EQ(from_ended.get(), name(text, ilen));
+      EXPECT_EQ(from_begun.get(), name(text, ilen));
     }
   }
 }
@@ -100,9 +101,19 @@ TEST(FileName, SuccessTouchesNoErrorState) {
 
 #if UINTPTR_MAX > UINT32_MAX
 TEST(FileName, LowHalfOfTheHiddenLengthCounts) {
-  const FileName converted("abc  ", 0, (qxport::charlen{1} << 32) + 5);
-  EXPECT_STREQ(converted.c_str(), "abc");
-  const FileName negative("abc", 0, (qxport::charlen{1} << 32) - 1);
-  EXPECT_STREQ(negative.c_str(), "");
+  const CString converted = file_name("abc  ", 0, (qxport::charlen{1} << 32) + 5);
+  EXPECT_STREQ(converted.get(), "abc");
+  const CString negative = file_name("abc", 0, (qxport::charlen{1} << 32) - 1);
+  EXPECT_STREQ(negative.get(), "");
 }
 #endif
+
+// Blanks are dropped eight at a time: a tab before exactly seven of them goes too, and nothing else does.
+TEST(FileName, LengthZeroDropsWhiteSpaceBeforeAnyNumberOfBlanks) {
+  for (size_t blanks = 0; blanks < 20; ++blanks) {
+    EXPECT_EQ(name("abc\t" + std::string(blanks, ' '), 0), "abc") << blanks;
+    EXPECT_EQ(name("abc \t" + std::string(blanks, ' '), 0), "abc") << blanks;
+    EXPECT_EQ(name("\t" + std::string(blanks, ' '), 0), "\t") << blanks;
+    EXPECT_EQ(name("abc!" + std::string(blanks, ' '), 0), "abc!") << blanks;
+  }
+}

@@ -151,6 +151,22 @@ TEST_P(Groups, WithoutMembersHaveNmem0) {
   EXPECT_EQ(estrget(record, "gr_mem", 1, value, &length), refused(WRONG_INDEX));
 }
 
+TEST_P(Groups, WhatTheDatabaseLeavesOutIsEmpty) {
+  const OwnedRecord record("group");
+  fill_record(record);
+  group_entry = group{nullptr, nullptr, 5, nullptr};
+  EXPECT_EQ(look_up(record), FOUND);
+  EXPECT_EQ(contents_of(record), group_contents("(none)", 5, {}));
+  Character value(4);
+  int32_t length = SENTINEL;
+  EXPECT_EQ(strget(record, "gr_name", value, &length), succeeded());
+  EXPECT_EQ(length, 0);
+  EXPECT_EQ(estrget(record, "gr_mem", 1, value, &length), refused(WRONG_INDEX));
+  answer_group("staff", 50, {"ada"});
+  EXPECT_EQ(look_up(record), FOUND);
+  EXPECT_EQ(contents_of(record), group_contents("staff", 50, {"ada"}));
+}
+
 TEST_P(Groups, MayHaveManyMembers) {
   std::vector<std::string> members;
   for (int i = 0; i < 10000; ++i)
@@ -274,6 +290,28 @@ TEST_P(Users, StringsMayBeEmptyOrLong) {
   answer_user(text, 1, 2, text, text);
   EXPECT_EQ(look_up(record), FOUND);
   EXPECT_EQ(contents_of(record), user_contents(text, 1, 2, text, text));
+}
+
+// A directory service may leave out what it does not know.
+TEST_P(Users, WhatTheDatabaseLeavesOutIsEmpty) {
+  const OwnedRecord record("passwd");
+  fill_record(record);
+  passwd_entry = passwd{nullptr, nullptr, 3, 4, nullptr, nullptr, nullptr};
+  EXPECT_EQ(look_up(record), FOUND);
+  EXPECT_EQ(contents_of(record), user_contents("(none)", 3, 4, "(none)", "(none)"));
+  for (const std::string component : {"pw_name", "pw_dir", "pw_shell"}) {
+    Character value(4);
+    int32_t length = SENTINEL;
+    EXPECT_EQ(strget(record, component, value, &length), succeeded()) << component;
+    EXPECT_EQ(length, 0);
+    EXPECT_EQ(value.text(), "    ");
+  }
+  const OwnedRecord twin("passwd");
+  EXPECT_EQ(copy("passwd", record, twin), succeeded());
+  EXPECT_EQ(contents_of(twin), contents_of(record));
+  answer_user("x", 3, 4, "/", "y");
+  EXPECT_EQ(look_up(record), FOUND);
+  EXPECT_EQ(contents_of(record), user_contents("x", 3, 4, "/", "y"));
 }
 
 TEST_P(Users, SecondLookupReplacesTheFirst) {

@@ -76,7 +76,7 @@ def _components(kind):
 def _row(kind, component):
     fields = {
         "name": f'FoldedName("{component.name}")',
-        "type": f"ComponentType::{_component_type(component)}",
+        "type": f"ComponentType::{_component_type(kind, component)}",
         "offset": _offset(kind, safe(component.name)),
         "capacity": component.capacity or component.count or 0,
         "length_offset": _length_offset(kind, component),
@@ -86,9 +86,11 @@ def _row(kind, component):
     return "  {" + ",\n   ".join(f".{name} = {value}" for name, value in fields.items()) + "},"
 
 
-def _component_type(component):
+def _component_type(kind, component):
     if is_text(component.type):
         return "Text"
+    if any(other.count_of == component.name for other in kind.components):
+        return "Count"
     return "Int32Array" if component.count else _COMPONENT_TYPES[component.type]
 
 

@@ -63,6 +63,8 @@ def _count_of(component, former):
     counter = former.get(component["count_of"])
     if not counter or counter["type"] != "integer(4)" or "count" in counter:
         return [f"`{component['count_of']}` is no integer(4) component before it"]
+    if "set" in counter["access"]:
+        return [f"`{component['count_of']}` counts strings, so a program cannot set it"]
     return []
 
 
