@@ -80,8 +80,8 @@ void pxfrename_(const char *old, const int32_t *ilen1, const char *new_, const i
 }
 
 // CALL PXFSTAT(PATH, ILEN, JSTAT, IERROR)
-// ILEN says nothing here: callers pass 0 or a stale length alike. Only blanks are dropped from the name, so
-// that one that ends in a tab is found, and a blank name is empty.
+// ILEN says nothing here. Only blanks are dropped from the name, so that one that ends in a tab is found, and
+// a blank name is empty.
 void pxfstat_(const char *path, const int32_t *, const int32_t *jstat, int32_t *ierror, charlen path_len) {
   StatRecord *record = find_record_as<StatRecord>(*jstat, Kind::Stat, ierror);
   if (record == nullptr)
@@ -98,7 +98,7 @@ void pxfstat_(const char *path, const int32_t *, const int32_t *jstat, int32_t *
 }
 
 // CALL PXFUTIME(PATH, ILEN, JUTIMBUF, IERROR)
-// ILEN says nothing here. The name ends at its first blank: callers keep remarks behind it.
+// ILEN says nothing here. The name ends at its first blank.
 void pxfutime_(const char *path, const int32_t *, const int32_t *jutimbuf, int32_t *ierror,
                charlen path_len) {
   utimbuf times = {};
@@ -121,10 +121,11 @@ void pxfutime_(const char *path, const int32_t *, const int32_t *jutimbuf, int32
 }
 
 // CALL PXFPATHCONF(PATH, ILEN, NAME, IVAL, IERROR)
-// The one routine here that checks ILEN against the variable; a negative one counts as huge.
+// The one routine here that checks ILEN against the variable, by its whole hidden length; a negative one
+// counts as huge.
 void pxfpathconf_(const char *path, const int32_t *ilen, const int32_t *name, int32_t *ival, int32_t *ierror,
                   charlen path_len) {
-  if (*ilen < 0 || *ilen > narrow_length(path_len))
+  if (exceeds(*ilen, path_len))
     return refuse(ierror, EINVAL);
   call_with_name(path, *ilen, path_len, ierror,
                  [&](const char *file) { return *ival = static_cast<int32_t>(pathconf(file, *name)); });

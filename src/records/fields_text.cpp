@@ -41,7 +41,7 @@ void deliver_text(const Text &text, char *value, charlen value_len, int32_t *ile
 }
 
 // A text is stored with its NUL. One of 256 characters in `sysname` so ends on the first character of
-// `nodename`, as the layout has always had it.
+// `nodename`.
 void set_text(Record *record, const Component &component, const Text &text, int32_t *ierror) {
   const size_t stored = std::min<size_t>(text.length, component.capacity);
   if (stored < text.length) {
@@ -75,10 +75,11 @@ void pxfstrget_(const int32_t *jhandle, const char *compnam, char *value, int32_
 }
 
 // CALL PXFSTRSET(JHANDLE, COMPNAM, VALUE, ILEN, IERROR)
-// The length is looked at before the handle; a negative one counts as huge.
+// The length is looked at before the handle; a negative one counts as huge. The low 32 bits of the variable's
+// are compared without a sign.
 void pxfstrset_(const int32_t *jhandle, const char *compnam, const char *value, const int32_t *ilen,
                 int32_t *ierror, charlen compnam_len, charlen value_len) {
-  if (exceeds(*ilen, narrow_length(value_len)))
+  if (exceeds(*ilen, unsigned_low_half(value_len)))
     return refuse(ierror, EINVAL);
   const Field field = find_field(*jhandle, compnam, compnam_len, ierror, is_text);
   if (!field)
