@@ -16,7 +16,8 @@ TermiosRecord *find_termios(int32_t handle, int32_t *ierror) {
   return find_record_as<TermiosRecord>(handle, Kind::Termios, ierror);
 }
 
-// The speed fields, which the record does not carry, are zero.
+// The speeds stand in the flags, or apart from them with C libraries that know speeds of any number: there
+// they are what the host stored, and zero in a record that it never filled.
 termios host_attributes(const TermiosRecord &record) {
   termios attributes = {};
   attributes.c_iflag = static_cast<tcflag_t>(record.c_iflag);
@@ -25,6 +26,8 @@ termios host_attributes(const TermiosRecord &record) {
   attributes.c_lflag = static_cast<tcflag_t>(record.c_lflag);
   for (int i = 0; i < CONTROL_CHARACTERS; ++i)
     attributes.c_cc[i] = static_cast<cc_t>(record.c_cc[i]);
+  attributes.c_ispeed = record.c_ispeed;
+  attributes.c_ospeed = record.c_ospeed;
   return attributes;
 }
 
@@ -35,6 +38,8 @@ void fill(TermiosRecord *record, const termios &attributes) {
   record->c_lflag = static_cast<int32_t>(attributes.c_lflag);
   for (int i = 0; i < CONTROL_CHARACTERS; ++i)
     record->c_cc[i] = attributes.c_cc[i];
+  record->c_ispeed = attributes.c_ispeed;
+  record->c_ospeed = attributes.c_ospeed;
 }
 
 void get_speed(speed_t (*get)(const termios *), int32_t jtermios, int32_t *speed, int32_t *ierror) {

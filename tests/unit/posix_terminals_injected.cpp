@@ -86,8 +86,8 @@ protected:
   const OwnedRecord record_{"termios"};
 };
 
-// The record's fields, and zeros in all that it does not carry: the line discipline, further control
-// characters and the speeds.
+// The fields of a record that the host never filled, and zeros in all that it does not carry: the line
+// discipline, further control characters and the speeds.
 void expect_structure_of(const qxport::TermiosRecord &record) {
   termios expected = {};
   expected.c_iflag = static_cast<tcflag_t>(record.c_iflag);
@@ -104,6 +104,21 @@ void expect_structure_of(const qxport::TermiosRecord &record) {
   EXPECT_EQ(structure.c_cflag, expected.c_cflag);
   EXPECT_EQ(structure.c_lflag, expected.c_lflag);
   EXPECT_EQ(memcmp(structure.c_cc, expected.c_cc, sizeof(expected.c_cc)), 0);
+}
+
+// A C library may keep the speeds in fields of their own, and set what it finds there.
+TEST_F(Host, SpeedsKeptApartSurvive) {
+  termios given;
+  memset(&given, 0x81, sizeof(given));
+  ASSERT_EQ(call(pxftcgetattr_, FD, record_), succeeded());
+  ASSERT_EQ(call(pxftcsetattr_, FD, 0, record_), succeeded());
+  EXPECT_EQ(structure.c_ispeed, given.c_ispeed);
+  EXPECT_EQ(structure.c_ospeed, given.c_ospeed);
+  const OwnedRecord copied("termios");
+  ASSERT_EQ(copy("termios", record_, copied), succeeded());
+  structure = {};
+  ASSERT_EQ(call(pxftcsetattr_, FD, 0, copied), succeeded());
+  EXPECT_EQ(structure.c_ospeed, given.c_ospeed);
 }
 
 TEST_F(Host, GetsTheRecordInAStructureWithoutSpeeds) {
