@@ -122,6 +122,27 @@ TEST_F(Tcsetattr, GivesTheTerminalTheRecordsAttributes) {
   }
 }
 
+// Input that waits is thrown away by TCSAFLUSH, and by no other action.
+TEST_F(Tcsetattr, FlushesPendingInputWhereTheActionSaysSo) {
+  set_raw();
+  const OwnedRecord record("termios");
+  ASSERT_EQ(call(pxftcgetattr_, terminal_, record), succeeded());
+  const auto pending = [&] {
+    int bytes = -1;
+    EXPECT_EQ(ioctl(terminal_, FIONREAD, &bytes), 0);
+    return bytes;
+  };
+  ASSERT_EQ(write(master_, "abc", 3), 3);
+  pollfd arrival = {terminal_, POLLIN, 0};
+  ASSERT_EQ(poll(&arrival, 1, 60'000), 1);
+  for (const int32_t action : {TCSANOW, TCSADRAIN}) {
+    EXPECT_EQ(call(pxftcsetattr_, terminal_, action, record), succeeded());
+    EXPECT_EQ(pending(), 3) << action;
+  }
+  EXPECT_EQ(call(pxftcsetattr_, terminal_, TCSAFLUSH, record), succeeded());
+  EXPECT_EQ(pending(), 0);
+}
+
 TEST_F(Tcsetattr, KeepsTheSpeedThatTheRecordWasReadWith) {
   termios fast = attributes();
   cfsetospeed(&fast, B115200);

@@ -365,3 +365,21 @@ TEST(CstrToFstr, LimitIsAWholeMachineWord) {
   EXPECT_EQ(answer.result, 3U);
 }
 #endif
+
+// Blanks are taken eight at a time, and what stands in front of them must not be taken with them.
+TEST(AllocCstr, KeepsWhatStandsBeforeAnyNumberOfBlanks) {
+  for (const char last : {'\t', '\n', '\0', '!', '\xa0', 'x'}) {
+    for (size_t length = 0; length < 20; ++length) {
+      for (size_t blanks = 0; blanks < 20; ++blanks) {
+        const std::string text = std::string(length, 'a') + last;
+        Character argument(text + std::string(blanks, ' '));
+        char *copy = allocCstr(argument.data(), argument.length());
+        EXPECT_EQ(std::string(copy, text.size() + 1), text + '\0')
+            << int{last} << ' ' << length << ' ' << blanks;
+        deallocCstr(copy);
+        EXPECT_EQ(lnblnk_(argument.data(), argument.length()), static_cast<int32_t>(text.size()));
+        EXPECT_EQ(ipxflentrim_(argument.data(), argument.length()), static_cast<int32_t>(text.size()));
+      }
+    }
+  }
+}
