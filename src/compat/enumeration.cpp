@@ -91,8 +91,8 @@ int32_t kind_attributes(mode_t mode) {
   return 0;
 }
 
-// The default record leaves the creation time to the caller, who may keep a mark of his own there, cuts the
-// length to 32 bits and never says read-only.
+// The default record leaves the creation time to the caller, cuts the length to 32 bits and never says
+// read-only.
 void fill(qxport_file_info *record, const struct stat &status) {
   record->last_write_time = static_cast<int32_t>(status.st_mtime);
   record->last_access_time = static_cast<int32_t>(status.st_atime);

@@ -19,8 +19,7 @@ int patternMatch(const char *name, const char *pattern) {
   const char *star_name = nullptr;
   for (;;) {
     if (*pattern == '*') {
-      // A repeated star asks for one more character, unlike elsewhere: "a**" does not match "a". Callers'
-      // patterns count on it to ask for a minimum length.
+      // A repeated star asks for one more character, unlike elsewhere: "a**" does not match "a".
       for (++pattern; is_wildcard(*pattern); ++pattern, ++name)
         if (*name == '\0')
           return 1;

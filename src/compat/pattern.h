@@ -15,7 +15,7 @@ struct FileSpecification {
   explicit FileSpecification(char *text);
 
   // "." where there was no slash. A specification in the root directory has an empty one, which cannot be
-  // opened: programs ported from drive letters rely on "/x*" being refused, not searched.
+  // opened: "/x*" is refused, not searched.
   const char *directory;
   const char *name;
   bool has_slash;

@@ -53,7 +53,7 @@ void _zelta_lib_err(int32_t code) {
 }
 
 // CALL MATHERRQQ(NAME, NAMELEN, TYPE, RETVAL)
-// The length is NAMELEN's; the hidden one says nothing, since callers pass names out of longer variables.
+// The length is NAMELEN's; the hidden one says nothing.
 void matherrqq_(const char *name, const int16_t *namelen, int32_t *type, int16_t *retval, charlen) {
   const CString text(name, *namelen);
   if (text) {

@@ -49,7 +49,7 @@ int32_t ipxflentrim_(const char *string, charlen string_len) {
 }
 
 // CALL PXFUCOMPARE(I1, I2, ICMPR, IDIFF)
-// The distance wraps around in 32 bits, as programs that keep unsigned counters in INTEGER(4) expect.
+// The distance wraps around in 32 bits.
 void pxfucompare_(const int32_t *i1, const int32_t *i2, int32_t *icmpr, int32_t *idiff) {
   const uint32_t first = static_cast<uint32_t>(*i1);
   const uint32_t second = static_cast<uint32_t>(*i2);
@@ -58,7 +58,7 @@ void pxfucompare_(const int32_t *i1, const int32_t *i2, int32_t *icmpr, int32_t 
   *idiff = static_cast<int32_t>(difference > INT32_MAX ? 0U - difference : difference);
 }
 
-// A placeholder that older run-times link against.
+// A placeholder that nothing here calls.
 int32_t for_getsystemerror_dummy(int32_t number) {
   return static_cast<int32_t>(static_cast<uint32_t>(number) + 1U);
 }

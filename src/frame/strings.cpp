@@ -9,8 +9,7 @@ using namespace qxport;
 
 namespace {
 
-// Callers of the string helpers append short suffixes in place, so each copy has this much room beyond its
-// NUL.
+// What a copy has room for beyond its text.
 constexpr size_t SLACK = 23;
 
 }  // namespace

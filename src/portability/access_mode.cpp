@@ -44,8 +44,8 @@ int access_mode(const char *mode, charlen length) {
   return wanted;
 }
 
-// ACCESS tells two reasons apart, as its callers have always tested them: a name that leads nowhere (a
-// missing file is EINVAL, not ENOENT) and a file that may not be used so. Any other failure is -1.
+// ACCESS tells two reasons apart: a name that leads nowhere (a missing file is EINVAL, not ENOENT) and a file
+// that may not be used so. Any other failure is -1.
 int32_t access_answer(int error) {
   switch (error) {
   case ENOENT:
@@ -118,7 +118,7 @@ bool parse_clause(const char *text, Clause *clause) {
       break;
     case 't':
     case 'X':
-      break;  // accepted, since other systems' scripts write them, and without effect
+      break;  // accepted, and without effect
     default:
       return false;
     }
@@ -140,8 +140,7 @@ bool is_digit(char c) {
   return c >= '0' && c <= '9';
 }
 
-// The value of an octal mode, or 0 for text that is none. A mode of "0" is refused too: it locks the owner
-// out, and comes from a variable that was never set more often than from intent.
+// The value of an octal mode, or 0 for text that is none. A mode of "0" is refused with it.
 long octal_mode(const char *text) {
   char *end;
   const long value = strtol(text, &end, 8);
@@ -187,8 +186,7 @@ int32_t chmod_(const char *name, const char *mode, charlen name_len, charlen mod
   if (!parse_clause(text.get(), &clause))
     return set_and_record_local(EINVAL);
   const int32_t answer = change_mode(path.get(), apply(clause, path.get()));
-  // Kept as it is: the two copies of a symbolic call outlive it, and the heap figures of long-running callers
-  // count on this small cost.
+  // The two copies of a symbolic call outlive it, as the reference tells.
   path.keep();
   text.keep();
   return answer;

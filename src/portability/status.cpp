@@ -10,8 +10,7 @@ using namespace qxport;
 
 namespace {
 
-// Element 13 belongs to the caller: older layouts kept a block count there, and programs store data of their
-// own in it.
+// Nothing is stored in element 13, which belongs to the caller.
 template <typename Integer>
 void fill(Integer *statb, const struct stat &status) {
   statb[0] = static_cast<Integer>(status.st_dev);

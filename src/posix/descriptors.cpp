@@ -82,8 +82,7 @@ void pxfdup2_(const int32_t *ifildes, const int32_t *ifildes2, int32_t *ierror) 
 }
 
 // CALL PXFREAD(IFILDES, BUF, NBYTE, NREAD, IERROR)
-// An absent argument is answered with -1, which is no host error: programs test for it to find a missing
-// argument.
+// An absent argument is answered with -1, which is no host error.
 void pxfread_(const int32_t *ifildes, void *buf, const int32_t *nbyte, int32_t *nread, int32_t *ierror) {
   if (ifildes == nullptr || buf == nullptr || nbyte == nullptr || nread == nullptr) {
     *ierror = -1;

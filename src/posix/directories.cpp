@@ -110,7 +110,7 @@ void pxfreaddir_(const int32_t *idirid, const int32_t *jdirent, int32_t *ierror)
   const dirent *entry = readdir(stream->stream);
   if (entry == nullptr) {
     // errno was not cleared before, so a failure left over from an earlier call is reported here; and the end
-    // is 128, not the -1 of a unit's end of file, for programs tell the two apart.
+    // is 128, not the -1 of a unit's end of file.
     *ierror = errno != 0 ? errno : END_OF_DIRECTORY;
     return;
   }

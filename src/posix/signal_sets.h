@@ -11,7 +11,7 @@ namespace qxport {
 constexpr int LAST_SIGNAL = 32;
 
 // The bit of a signal. Numbers above 32 have none; 0 and negative ones wrap into the high bits, as shifts by
-// the machine do and as callers' hand-made masks have it.
+// the machine do.
 inline uint32_t signal_bit(int32_t signal) {
   return signal > LAST_SIGNAL ? 0 : 1U << ((static_cast<uint32_t>(signal) - 1) % 32);
 }

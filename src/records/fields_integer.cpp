@@ -109,7 +109,7 @@ void pxfintset_(const int32_t *jhandle, const char *compnam, const int32_t *valu
 
 // CALL PXFINT8GET(JHANDLE, COMPNAM, VALUE, IERROR)
 // Only the low four bytes of VALUE are written, whatever the component's width: a caller that zeroes VALUE
-// first gets the unsigned low 32 bits, and programs that keep a mark in the upper half find it there.
+// first gets the unsigned low 32 bits.
 void pxfint8get_(const int32_t *jhandle, const char *compnam, int64_t *value, int32_t *ierror,
                  charlen compnam_len) {
   const Field field = find_field(*jhandle, compnam, compnam_len, ierror, is_scalar);
