@@ -160,3 +160,121 @@ integer function open_new_unit_for_reading(path)
   character(*), intent(in) :: path
   open (newunit=open_new_unit_for_reading, file=path, action='read', status='old')
 end function
+
+subroutine qx_idate(values)
+  use qxport, only: idate
+  implicit none
+  integer, intent(out) :: values(3)
+  call idate(values)
+end subroutine
+
+subroutine gnu_idate(values)
+  implicit none
+  integer, intent(out) :: values(3)
+  intrinsic :: idate
+  call idate(values)
+end subroutine
+
+subroutine qx_itime(values)
+  use qxport, only: itime
+  implicit none
+  integer, intent(out) :: values(3)
+  call itime(values)
+end subroutine
+
+subroutine gnu_itime(values)
+  implicit none
+  integer, intent(out) :: values(3)
+  intrinsic :: itime
+  call itime(values)
+end subroutine
+
+subroutine qx_ltime(instant, values)
+  use qxport, only: ltime
+  implicit none
+  integer, intent(in) :: instant
+  integer, intent(out) :: values(9)
+  call ltime(instant, values)
+end subroutine
+
+subroutine gnu_ltime(instant, values)
+  implicit none
+  integer, intent(in) :: instant
+  integer, intent(out) :: values(9)
+  intrinsic :: ltime
+  call ltime(instant, values)
+end subroutine
+
+subroutine qx_gmtime(instant, values)
+  use qxport, only: gmtime
+  implicit none
+  integer, intent(in) :: instant
+  integer, intent(out) :: values(9)
+  call gmtime(instant, values)
+end subroutine
+
+subroutine gnu_gmtime(instant, values)
+  implicit none
+  integer, intent(in) :: instant
+  integer, intent(out) :: values(9)
+  intrinsic :: gmtime
+  call gmtime(instant, values)
+end subroutine
+
+subroutine qx_ctime(instant, text)
+  use qxport, only: ctime
+  implicit none
+  integer, intent(in) :: instant
+  character(*), intent(out) :: text
+  text = ctime(instant)
+end subroutine
+
+subroutine gnu_ctime(instant, text)
+  implicit none
+  integer, intent(in) :: instant
+  character(*), intent(out) :: text
+  intrinsic :: ctime
+  text = ctime(instant)
+end subroutine
+
+subroutine qx_fdate(text)
+  use qxport, only: fdate
+  implicit none
+  character(*), intent(out) :: text
+  text = fdate()
+end subroutine
+
+subroutine gnu_fdate(text)
+  implicit none
+  character(*), intent(out) :: text
+  intrinsic :: fdate
+  text = fdate()
+end subroutine
+
+real function qx_etime(elements)
+  use qxport, only: etime
+  implicit none
+  real, intent(out) :: elements(2)
+  qx_etime = etime(elements)
+end function
+
+real function gnu_etime(elements)
+  implicit none
+  real, intent(out) :: elements(2)
+  intrinsic :: etime
+  gnu_etime = etime(elements)
+end function
+
+real function qx_secnds(t)
+  use qxport, only: secnds
+  implicit none
+  real, intent(in) :: t
+  qx_secnds = secnds(t)
+end function
+
+real function gnu_secnds(t)
+  implicit none
+  real, intent(in) :: t
+  intrinsic :: secnds
+  gnu_secnds = secnds(t)
+end function

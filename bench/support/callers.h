@@ -27,6 +27,22 @@ int32_t qx_count_characters_(const int32_t *unit);
 int32_t gnu_count_characters_(const int32_t *unit);
 void open_for_reading_(const int32_t *unit, const char *path, size_t path_len);
 int32_t open_new_unit_for_reading_(const char *path, size_t path_len);
+void qx_idate_(int32_t *values);
+void gnu_idate_(int32_t *values);
+void qx_itime_(int32_t *values);
+void gnu_itime_(int32_t *values);
+void qx_ltime_(const int32_t *instant, int32_t *values);
+void gnu_ltime_(const int32_t *instant, int32_t *values);
+void qx_gmtime_(const int32_t *instant, int32_t *values);
+void gnu_gmtime_(const int32_t *instant, int32_t *values);
+void qx_ctime_(const int32_t *instant, char *text, size_t text_len);
+void gnu_ctime_(const int32_t *instant, char *text, size_t text_len);
+void qx_fdate_(char *text, size_t text_len);
+void gnu_fdate_(char *text, size_t text_len);
+float qx_etime_(float *elements);
+float gnu_etime_(float *elements);
+float qx_secnds_(const float *t);
+float gnu_secnds_(const float *t);
 
 }  // extern "C"
 

@@ -29,8 +29,22 @@ public:
     *end_++ = character;
     return *this;
   }
+  // A month or a day.
+  Text &add_name(const char *name) {
+    memcpy(end_, name, 3);
+    end_ += 3;
+    return *this;
+  }
   // Decimal, filled up to the width.
   Text &add(int64_t number, int width, char fill = '0') {
+    if (width == 2 && number >= 0 && number < 100) {
+      end_[0] = number < 10 ? fill : static_cast<char>('0' + number / 10);
+      end_[1] = static_cast<char>('0' + number % 10);
+      end_ += 2;
+      return *this;
+    }
+    if (number >= 1000 && number <= 9999)
+      return add(number / 100, 2).add(number % 100, 2);
     char digits[20];
     char *first = digits + sizeof(digits);
     uint64_t rest = static_cast<uint64_t>(number < 0 ? -number : number);
@@ -68,9 +82,9 @@ Text &add_time(Text &text, const tm &date) {
 
 // As the host's ctime() has it, but for the line feed at the end.
 void write_ctime(const tm &date, Text &text) {
-  text.add(DAYS[date.tm_wday])
+  text.add_name(DAYS[date.tm_wday])
       .add(' ')
-      .add(datetable[date.tm_mon])
+      .add_name(datetable[date.tm_mon])
       .add(' ')
       .add(date.tm_mday, 2, ' ')
       .add(' ');
@@ -82,7 +96,7 @@ void write_clock(const tm &date, Text &text) {
 }
 
 void write_date(const tm &date, Text &text) {
-  text.add(date.tm_mday, 2).add('-').add(datetable[date.tm_mon]).add('-').add(date.tm_year % 100, 2);
+  text.add(date.tm_mday, 2).add('-').add_name(datetable[date.tm_mon]).add('-').add(date.tm_year % 100, 2);
 }
 
 void write_numeric_date(const tm &date, Text &text) {
@@ -90,7 +104,7 @@ void write_numeric_date(const tm &date, Text &text) {
 }
 
 void write_date4(const tm &date, Text &text) {
-  text.add(date.tm_mday, 2).add('-').add(datetable[date.tm_mon]).add('-').add(short_year(date), 1);
+  text.add(date.tm_mday, 2).add('-').add_name(datetable[date.tm_mon]).add('-').add(short_year(date), 1);
 }
 
 void write_jdate(const tm &date, Text &text) {
