@@ -1,15 +1,17 @@
-! Sorting and searching as older programs call them: by name alone, with addresses and codes of their own.
+! Sorting and searching as older programs call them: by name alone, with addresses and codes of their own. The routines
+! that count by the other kind, the one that no address has, are named for this target where the program is built.
 program sorting_external
   use, intrinsic :: iso_c_binding, only: c_intptr_t
   use checks, only: check, finish
   implicit none
-  external :: sortqq
-  integer(4), external :: bsearchqq, getlasterrorqq
+  external :: sortqq, SORTQQ_OTHER
+  integer(4), external :: bsearchqq, BSEARCHQQ_OTHER, getlasterrorqq
   integer(4), parameter :: REAL4 = int(z'10000'), INTEGER2 = int(z'40000'), INTEGER4 = int(z'50000')
 
   call check_sort()
   call check_search()
   call check_errors()
+  call check_other_kind()
   call finish()
 
 contains
@@ -58,6 +60,21 @@ contains
     call check(count == 0, 'the code in the gap')
     call check(getlasterrorqq(), 22, 'the code in the gap: errno')
     call check(all(values == [2, 1]), 'the array is left alone')
+  end subroutine
+
+  subroutine check_other_kind()
+    integer(4) :: values(14), key
+    integer(OTHER_KIND) :: count
+    integer(4) :: i
+    values = [(14 - i, i=1, 14)]
+    count = 14
+    call SORTQQ_OTHER(loc(values), count, INTEGER4)
+    call check(all(values == [(i, i=0, 13)]) .and. count == 14, 'the other kind of count')
+    key = 11
+    call check(BSEARCHQQ_OTHER(loc(key), loc(values), count, INTEGER4) == 12, 'a search counted by the other kind')
+    count = -1
+    call SORTQQ_OTHER(loc(values), count, INTEGER4)
+    call check(count == 0, 'a failure by the other kind')
   end subroutine
 
 end program

@@ -58,7 +58,7 @@ promised_files_are_there() {
       fail "$file.so is not installed under the names that linkers and loaders look for"
   done
   # For those who link statically by hand.
-  grep -qx 'Libs.private: -lm' "$prefix/lib/pkgconfig/qxport.pc" || fail 'pkg-config does not name the mathematics library'
+  grep -q '^Libs.private:.* -lm$' "$prefix/lib/pkgconfig/qxport.pc" || fail 'pkg-config does not name the mathematics library'
   sed -n '/add_library(qxport::static_library /,/^)/p' "$prefix/lib/cmake/qxport/qxportTargets.cmake" |
     grep -q 'INTERFACE_LINK_LIBRARIES.*m' || fail 'the static target does not name the mathematics library'
   # What users read of it must not lead to this machine's directories.

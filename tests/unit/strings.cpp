@@ -367,7 +367,7 @@ TEST(CstrToFstr, LimitIsAWholeMachineWord) {
 #endif
 
 // Blanks are taken eight at a time, and what stands in front of them must not be taken with them.
-TEST(AllocCstr, KeepsWhatStandsBeforeAnyNumberOfBlanks) {
+TEST_F(AllocCstr, KeepsWhatStandsBeforeAnyNumberOfBlanks) {
   for (const char last : {'\t', '\n', '\0', '!', '\xa0', 'x'}) {
     for (size_t length = 0; length < 20; ++length) {
       for (size_t blanks = 0; blanks < 20; ++blanks) {
