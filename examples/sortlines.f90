@@ -11,8 +11,8 @@ program sortlines
   implicit none
   integer(int64), parameter :: CHUNK = 4*1024*1024
   integer, parameter :: LONGEST = 32766
-  character(1), allocatable, target :: text(:)
-  character(:), allocatable :: input, output
+  character(1), allocatable, target, save :: text(:)
+  character(:), allocatable, save :: input, output
   integer :: width
   integer(int64) :: lines
   logical :: shown
