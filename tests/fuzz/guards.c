@@ -260,3 +260,14 @@ static int control(int (*call)(int, int, ...), int fd, int command, void *argume
   }
 GUARDED_FCNTL(fcntl)
 GUARDED_FCNTL(fcntl64)
+
+/* What programs with times of 64 bits call on a target of 32. */
+#ifdef __i386__
+int __fcntl_time64(int fd, int command, ...);
+GUARDED_FCNTL(__fcntl_time64)
+
+int __select64(int count, fd_set *readable, fd_set *writable, fd_set *failed, void *span);
+int __select64(int count, fd_set *readable, fd_set *writable, fd_set *failed, void *span) {
+  return fuzz_guards_are_up ? fails(EINTR) : REAL(__select64)(count, readable, writable, failed, span);
+}
+#endif

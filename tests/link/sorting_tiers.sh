@@ -7,6 +7,7 @@ source "$(dirname "$0")/common.bash"
 for tier in avx2 avx512; do
   object=$BUILD_DIR/src/CMakeFiles/qxport_objects.dir/sorting/tier_$tier.cpp.o
   nm -C --defined-only "$object" | grep -E ' [TWVu] ' >shared || fail "the tier $tier defines nothing"
-  { grep -E " [TW] " shared | grep -v "${tier}::" || true; } | expect_empty "functions of the tier $tier without its name"
+  # On 32 bits the compiler brings its own way to the address of the code.
+  { grep -E " [TW] " shared | grep -vE "${tier}::|__x86\.get_pc_thunk\." || true; } | expect_empty "functions of the tier $tier without its name"
 done
 finish
