@@ -40,6 +40,15 @@ inline size_t trimmed_length(const char *text, charlen length) {
   return count;
 }
 
+// Texts as keywords: their ASCII letters without regard to case, whatever the program's locale is.
+inline bool same_keyword(const char *text, size_t length, const char *keyword) {
+  const auto folded = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+  size_t i = 0;
+  while (i < length && keyword[i] != '\0' && folded(text[i]) == folded(keyword[i]))
+    ++i;
+  return i == length && keyword[i] == '\0';
+}
+
 inline void blank_fill(char *text, charlen length) {
   if (length > 0)
     memset(text, ' ', length_of(length));

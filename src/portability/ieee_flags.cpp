@@ -4,7 +4,6 @@
 #include "frame/fortran.h"
 
 #include <string_view>
-#include <strings.h>
 
 using namespace qxport;
 
@@ -50,7 +49,7 @@ std::string_view word_of(const char *text, charlen length) {
 }
 
 bool same(std::string_view word, std::string_view keyword) {
-  return word.size() == keyword.size() && strncasecmp(word.data(), keyword.data(), keyword.size()) == 0;
+  return same_keyword(word.data(), word.size(), keyword.data());
 }
 
 template <size_t COUNT>

@@ -136,8 +136,10 @@ void general_handler(int number, siginfo_t *information, void *context) {
   if (dispatch == nullptr)
     end(UNKNOWN_STATUS);
   int32_t shown_number = number;
-  if (*dispatch->handler != nullptr)
-    reinterpret_cast<Handler> (*dispatch->handler)(&shown_number, dispatch->exception);
+  // Read once: another thread may clear it.
+  const auto procedure = reinterpret_cast<Handler>(*dispatch->handler);
+  if (procedure != nullptr)
+    procedure(&shown_number, dispatch->exception);
   if (information->si_code == 0) {
     // A procedure that has found the information and erased the cause asks for it to be cleared.
     const unsigned due = trap.due() & ~unit_exceptions(FP_DENORMAL);

@@ -130,7 +130,7 @@ private:
   struct Place {
     explicit Place(int32_t number) {
       const uint32_t shifted = static_cast<uint32_t>(number + FEW);
-      segment = std::bit_width(shifted / FEW) - 1;
+      segment = static_cast<int32_t>(std::bit_width(shifted / FEW)) - 1;
       within = shifted - (static_cast<uint32_t>(FEW) << segment);
     }
     int32_t segment;

@@ -18,7 +18,7 @@ struct Vector256 {
   // left.
   static constexpr int SPREAD_ROOM = 2 * N;
   static constexpr int WORDS = 32 / sizeof(Word);
-  static constexpr int WORDS_OF_ONE = sizeof(T) / sizeof(Word);
+  static constexpr int WORDS_OF_ONE = WORDS / N;
 #ifdef __x86_64__
   static constexpr int ROWS = 16;
   static constexpr int UNROLL = 8;
@@ -87,7 +87,7 @@ struct Vector256 {
 // words, as a permutation takes them.
 template <int LANES, int WORDS_OF_ONE>
 struct Permutations {
-  int32_t words[1 << LANES][8];
+  alignas(32) int32_t words[1 << LANES][8];
 
   constexpr Permutations() : words() {
     for (int mask = 0; mask < 1 << LANES; ++mask) {

@@ -23,7 +23,7 @@ struct Vector512 {
   static constexpr int N = 64 / sizeof(T);
   static constexpr int SPREAD_ROOM = N;
   static constexpr int WORDS = 64 / sizeof(Word);
-  static constexpr int WORDS_OF_ONE = sizeof(T) / sizeof(Word);
+  static constexpr int WORDS_OF_ONE = WORDS / N;
 #ifdef __x86_64__
   static constexpr int ROWS = 16;
   static constexpr int UNROLL = 8;

@@ -42,7 +42,8 @@ inline uint16_t x87_status_word() {
 }
 
 inline void fresh_units() {
-  asm volatile("fninit");
+  // What the compiler holds on the stack of registers is gone.
+  asm volatile("fninit" : : : "st", "st(1)", "st(2)", "st(3)", "st(4)", "st(5)", "st(6)", "st(7)");
   _mm_setcsr(FRESH_SSE);
 }
 

@@ -1,12 +1,13 @@
 #include "core/services/descriptor.h"
 
+#include "frame/fortran.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
 #include <fcntl.h>
 #include <iterator>
-#include <strings.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -62,9 +63,8 @@ int32_t action_of(int32_t fd, const char *access, intptr_t access_length, Action
     return 0;
   }
   const auto *found =
-      std::find_if(std::begin(ACCESS_TEXTS), std::end(ACCESS_TEXTS), [&](const AccessText &known) {
-        return strlen(known.text) == length && strncasecmp(known.text, access, length) == 0;
-      });
+      std::find_if(std::begin(ACCESS_TEXTS), std::end(ACCESS_TEXTS),
+                   [&](const AccessText &known) { return same_keyword(access, length, known.text); });
   if (found == std::end(ACCESS_TEXTS) || (allowed != Action::ReadWrite && found->action != allowed))
     return EINVAL;
   *action = found->action;
