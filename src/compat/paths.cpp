@@ -7,14 +7,19 @@ using namespace qxport;
 
 namespace {
 
-// The resolved path of a name. One that cannot be told is empty, and its reason recorded.
+// The resolved path of a name. One that cannot be told is empty, and its reason recorded; a path that is
+// empty by its own rules is none of these, and leaves errno alone.
 class ResolvedPath {
 public:
   explicit ResolvedPath(const char *name) {
+    const int before = errno;
+    errno = 0;
     __qxport_resolve_unix_path(name, text_);
     length_ = strlen(text_);
-    if (length_ == 0)
+    if (length_ == 0 && errno != 0)
       record_status(errno);
+    else
+      errno = before;
   }
   const char *get() const { return text_; }
   size_t length() const { return length_; }

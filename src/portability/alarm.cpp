@@ -115,10 +115,22 @@ void leave_signals_to_other_threads() {
   pthread_sigmask(SIG_SETMASK, &others, nullptr);
 }
 
+// Under the lock. A procedure that forks is gone on with by the child's only thread, which is the one that
+// alarms run on there, unless the procedure armed one and so made another.
+bool is_the_thread() {
+  if (pthread_equal(hThrtead, pthread_t{}))
+    hThrtead = pthread_self();
+  return pthread_equal(hThrtead, pthread_self());
+}
+
 void *alarm_callback(void *) {
   leave_signals_to_other_threads();
   for (;;) {
     pthread_mutex_lock(&mutx);
+    if (!is_the_thread()) {
+      pthread_mutex_unlock(&mutx);
+      return nullptr;
+    }
     wait_for_alarm();
     void (*const procedure)() = pRunProc;
     countdown = NONE;

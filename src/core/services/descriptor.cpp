@@ -64,7 +64,7 @@ int32_t action_of(int32_t fd, const char *access, intptr_t access_length, Action
   }
   const auto *found =
       std::find_if(std::begin(ACCESS_TEXTS), std::end(ACCESS_TEXTS),
-                   [&](const AccessText &known) { return same_keyword(access, length, known.text); });
+                   [&](const AccessText &known) { return qxport::same_keyword(access, length, known.text); });
   if (found == std::end(ACCESS_TEXTS) || (allowed != Action::ReadWrite && found->action != allowed))
     return EINVAL;
   *action = found->action;
