@@ -2,17 +2,12 @@
 #ifndef QXPORT_RECORDS_OUTCOME_H
 #define QXPORT_RECORDS_OUTCOME_H
 
+#include "frame/error_numbers.h"
+
 #include <cerrno>
 #include <cstdint>
 
 namespace qxport {
-
-// The binding's own error numbers.
-constexpr int32_t EARRAYLEN = 125;
-constexpr int32_t ENONAME = 126;
-constexpr int32_t ENOHANDLE = 127;
-constexpr int32_t ETRUNC = 129;
-constexpr int32_t EEND = -1;
 
 // The outcome of a host call that answers -1 for a failure.
 inline void report(int result, int32_t *ierror) {

@@ -5,9 +5,9 @@ program frame
   use, intrinsic :: iso_fortran_env, only: error_unit
   use checks, only: check, finish
   use scratch, only: quoted
-  use qxport, only: abort, access, chdir, errsns, exit, for_qxcore_version, for_qxport_version, getlasterror, &
-                    getlasterrorqq, getpid, ierrno, ipxflentrim, lnblnk, matherrqq, portlib_local_errno, pxfucompare, &
-                    rindex
+  use qxport, only: abort, access, chdir, error_text, errsns, exit, for_qxcore_version, for_qxport_version, &
+                    get_error_text, getlasterror, getlasterrorqq, getpid, ierrno, ipxflentrim, lnblnk, matherrqq, &
+                    portlib_local_errno, pxfucompare, rindex
   implicit none
   integer, parameter :: einval = 22, enoent = 2, sigabrt_in_shell = 128 + 6
   character(*), parameter :: missing = '/no/such/directory'
@@ -21,6 +21,7 @@ program frame
   call check_rindex()
   call check_pxfucompare()
   call check_error_numbers()
+  call check_error_texts()
   call check_recorded_status()
   call check_identity()
   call check_matherrqq()
@@ -94,6 +95,20 @@ contains
     portlib_local_errno = 77
     call check(ierrno(), 77, 'ierrno reads what the program stored')
     portlib_local_errno = 0
+  end subroutine
+
+  subroutine check_error_texts()
+    character(20) :: text
+    character(80) :: whole
+    call check(trim(error_text(enoent)), 'No such file or directory', 'error_text of ENOENT')
+    call check(trim(error_text(126)), 'Unknown structure, component or constant name', 'error_text of ENONAME')
+    call check(trim(error_text(access(missing, 'r'))), 'Invalid argument', 'error_text of a result')
+    write (whole, '(3a)') '<', trim(error_text(32)), '>'
+    call check(trim(whole), '<Broken pipe>', 'error_text in an output list')
+    call get_error_text(-1, text)
+    call check(trim(text), 'End of file', 'get_error_text of EEND')
+    call get_error_text(enoent, text)
+    call check(text, 'No such file or dire', 'get_error_text cuts')
   end subroutine
 
   subroutine check_recorded_status()

@@ -13,7 +13,8 @@ program frame_external
   end interface
   integer(4), external :: access, chdir, for_qxcore_version, for_qxport_version, getlasterror, getlasterrorqq, getpid, &
                           ierrno, ipxflentrim, lnblnk, rindex
-  external :: abort, errsns, exit, matherrqq, pxfucompare
+  external :: abort, errsns, exit, get_error_text, matherrqq, pxfucompare
+  character(30), external :: error_text
   integer, parameter :: einval = 22, enoent = 2, sigabrt_in_shell = 128 + 6
   character(*), parameter :: missing = '/no/such/directory'
   character(:), allocatable, save :: self, prefix
@@ -23,6 +24,7 @@ program frame_external
   if (task /= '') call be_the_child(trim(task))
   call find_names()
   call check_strings()
+  call check_error_texts()
   call check_pxfucompare()
   call check_error_numbers()
   call check_identity()
@@ -46,6 +48,13 @@ contains
     call check(rindex('abc', ''), 4, 'rindex of an empty substring')
     call check(next_number(41), 42, 'for_getsystemerror_dummy')
     call check(next_number(-1), 0, 'for_getsystemerror_dummy of -1')
+  end subroutine
+
+  subroutine check_error_texts()
+    character(20) :: text
+    call check(trim(error_text(enoent)), 'No such file or directory', 'error_text of ENOENT')
+    call get_error_text(32, text)
+    call check(trim(text), 'Broken pipe', 'get_error_text of EPIPE')
   end subroutine
 
   subroutine check_pxfucompare()
