@@ -6,12 +6,11 @@
 ! own. The exit status is that of the last command, 127 for one not found, 126 for one that cannot be executed and 128
 ! and the signal's number for one that was killed; 2 after a syntax error.
 module fsh_commands
-  use error_texts, only: error_text
   use fsh_jobs, only: add_job, add_process, announce, complain, constant, continue_command, enter_child
   use fsh_jobs, only: hold_keys, jobs_command, private_copy, put, run_in_foreground, wait_command
   use fsh_syntax, only: command, expand, is_name, last_background, last_status, number_text, pipeline, redirection
   use fsh_syntax, only: variable, word
-  use qxport, only: pxfchdir, pxfclose, pxfdup2, pxfexecvp, pxffastexit, pxffork, pxfgetcwd, pxfopen, pxfpipe, pxfsetenv
+  use qxport, only: error_text, pxfchdir, pxfclose, pxfdup2, pxfexecvp, pxffastexit, pxffork, pxfgetcwd, pxfopen, pxfpipe, pxfsetenv
   implicit none
   private
   public :: open_file, run, leaving
@@ -86,7 +85,7 @@ contains
     end do
     if (error /= 0) then
       call close_descriptor(input)
-      call complain('cannot start a process: '//error_text(error))
+      call complain('cannot start a process: '//trim(error_text(error)))
     else if (line%background) then
       last_background = process
       last_status = 0
@@ -145,7 +144,7 @@ contains
     if (status == not_found) then
       call complain(arguments(1)%text//': not found')
     else
-      call complain(arguments(1)%text//': '//error_text(error))
+      call complain(arguments(1)%text//': '//trim(error_text(error)))
     end if
   end subroutine
 
@@ -183,7 +182,7 @@ contains
         end if
       end associate
       if (error == 0) cycle
-      call complain(target//': '//error_text(error))
+      call complain(target//': '//trim(error_text(error)))
       redirected = .false.
       return
     end do
@@ -272,7 +271,7 @@ contains
     end if
     call pxfchdir(directory//achar(0), len(directory) + 1, error)
     if (error /= 0) then
-      call complain('cd: '//directory//': '//error_text(error))
+      call complain('cd: '//directory//': '//trim(error_text(error)))
       status = refused
       return
     end if
@@ -317,7 +316,7 @@ contains
         end if
       end associate
       if (error == 0) cycle
-      call complain('export: '//error_text(error))
+      call complain('export: '//trim(error_text(error)))
       status = refused
     end do
   end subroutine
@@ -344,10 +343,9 @@ end module
 
 program fsh
   use fsh_commands, only: leaving, open_file, run
-  use error_texts, only: error_text
   use fsh_jobs, only: complain, constant, job_control, private_copy, put, release_terminal, report_jobs, start_jobs
   use fsh_syntax, only: last_status, parse, pipeline, shell_process, text_buffer, unfinished, well_formed
-  use qxport, only: pxfclose, pxfexit, pxfgetpid, pxfisatty, pxfread
+  use qxport, only: error_text, pxfclose, pxfexit, pxfgetpid, pxfisatty, pxfread
   implicit none
   character, parameter :: newline = achar(10)
   integer, parameter :: failure = 2, no_script = 127, interrupted = 130
@@ -423,9 +421,9 @@ contains
     character(*), intent(in) :: name
     integer :: opened, error
     call open_file(name, '<', opened, error)
-    if (error /= 0) call end_with(name//': '//error_text(error), no_script)
+    if (error /= 0) call end_with(name//': '//trim(error_text(error)), no_script)
     descriptor = private_copy(opened, error)
-    if (error /= 0) call end_with(name//': '//error_text(error), no_script)
+    if (error /= 0) call end_with(name//': '//trim(error_text(error)), no_script)
     call pxfclose(opened, ierror)
   end subroutine
 
@@ -469,7 +467,7 @@ contains
     do
       call pxfread(descriptor, byte, 1, count, error)
       if (error == constant('EINTR')) cycle
-      if (error /= 0) call end_with('cannot read commands: '//error_text(error), failure)
+      if (error /= 0) call end_with('cannot read commands: '//trim(error_text(error)), failure)
       line_read = buffer%used > 0 .or. count == 1
       if (count == 0) exit
       if (byte == newline) exit

@@ -1,8 +1,7 @@
 ! The jobs of fsh: their processes, what became of them, and which of them has the terminal.
 module fsh_jobs
-  use error_texts, only: error_text
   use fsh_syntax, only: number_text, word
-  use qxport, only: ipxfwexitstatus, ipxfwstopsig, ipxfwtermsig, pxfclose, pxfconst, pxffcntl, pxfgetpgrp, pxfopen
+  use qxport, only: error_text, ipxfwexitstatus, ipxfwstopsig, ipxfwtermsig, pxfclose, pxfconst, pxffcntl, pxfgetpgrp, pxfopen
   use qxport, only: pxfgetsubhandle, pxfintset, pxfkill, pxfsetpgid, pxfsigaction, pxfsigaddset, pxfsigprocmask
   use qxport, only: pxfstructcreate, pxfstructfree
   use qxport, only: pxftcgetattr, pxftcgetpgrp, pxftcsetattr, pxftcsetpgrp, pxfwaitpid, pxfwifexited, pxfwifsignaled
@@ -351,7 +350,7 @@ contains
     do place = 1, size(jobs)
       call put(1, description(jobs(place)), error)
       if (error == 0) cycle
-      call complain('jobs: '//error_text(error))
+      call complain('jobs: '//trim(error_text(error)))
       status = 1
     end do
     call remove_ended_jobs()

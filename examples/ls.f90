@@ -5,9 +5,8 @@
 ! 1 when a subdirectory could not be read or the list not be written, or 2 for a wrong option or name.
 module ls_entries
   use directories, only: read_directory
-  use error_texts, only: error_text
   use names, only: before, plain_bytes
-  use qxport, only: lstati8, pxfisatty, STAT_MTIME, STAT_SIZE
+  use qxport, only: error_text, lstati8, pxfisatty, STAT_MTIME, STAT_SIZE
   use standard_output, only: flush_lines
   use text_lists, only: text_list
   use, intrinsic :: iso_fortran_env, only: error_unit, int64
@@ -34,7 +33,7 @@ contains
     character(*), intent(in) :: what, path
     integer, intent(in) :: error, severity
     call flush_lines()
-    write (error_unit, '(6a)') 'ls: ', what, " '", shown(path), "': ", error_text(error)
+    write (error_unit, '(6a)') 'ls: ', what, " '", shown(path), "': ", trim(error_text(error))
     exit_status = max(exit_status, severity)
   end subroutine
 

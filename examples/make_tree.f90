@@ -9,14 +9,14 @@
 !   remove NAME           removes an empty directory
 !
 ! Empty lines and those that begin with # are passed over. What has blanks in its name can be the last word of a line
-! only. Each step is answered by a line: `done`, or `FAILED` with an error number. The exit status is 0, or 1 when a step
+! only. Each step is answered by a line: `done`, or `FAILED` with the reason. The exit status is 0, or 1 when a step
 ! failed, or 2 when there is nothing to begin with.
 module steps
-  use qxport, only: deldirqq, makedirqq, packtimeqq, renamefileqq, runqq, &
+  use qxport, only: deldirqq, error_text, getlasterrorqq, makedirqq, packtimeqq, renamefileqq, runqq, &
                     setfiletimeqq, splitpathqq, systemqq, unpacktimeqq, PATHQQ_LENGTH
   implicit none
   private
-  public :: take, make_directories
+  public :: last_error, make_directories, take
 
 contains
 
@@ -51,18 +51,22 @@ contains
   end function
 
   ! A time that does not exist, as the 30th of February, comes back from the packed time as another.
-  logical function stamp(time, name) result(stamped)
+  logical function stamp(time, name, why) result(stamped)
     character(*), intent(in) :: time, name
+    character(:), allocatable, intent(inout) :: why
     integer(2) :: fields(6), shown(6)
     integer(4) :: packed
     integer :: status
     stamped = .false.
+    why = 'no such time'
     if (len(time) /= 19) return
     read (time, '(i4, 5(1x, i2))', iostat=status) fields
     if (status /= 0) return
     call packtimeqq(packed, fields(1), fields(2), fields(3), fields(4), fields(5), fields(6))
     call unpacktimeqq(packed, shown(1), shown(2), shown(3), shown(4), shown(5), shown(6))
-    if (all(shown == fields)) stamped = setfiletimeqq(name, packed)
+    if (any(shown /= fields)) return
+    stamped = setfiletimeqq(name, packed)
+    why = last_error()
   end function
 
   ! The first word of a text, and what is behind it.
@@ -76,9 +80,16 @@ contains
     rest = trim(rest)
   end subroutine
 
-  ! Takes one step; whether it was done.
-  logical function take(step) result(done)
+  ! What the system said last; asked before any other output or input.
+  function last_error() result(text)
+    character(:), allocatable :: text
+    text = trim(error_text(getlasterrorqq()))
+  end function
+
+  ! Takes one step; whether it was done, and if not, why.
+  logical function take(step, why) result(done)
     character(*), intent(in) :: step
+    character(:), allocatable, intent(out) :: why
     character(:), allocatable :: verb, rest, first, second
     call split(step, verb, rest)
     call split(rest, first, second)
@@ -88,30 +99,38 @@ contains
     select case (verb)
     case ('dir')
       done = make_directories(rest)
+      why = last_error()
     case ('file')
       done = make_file(rest)
+      why = last_error()
     case ('stamp')
-      done = stamp(first, second)
+      done = stamp(first, second, why)
     case ('run')
       done = runqq(first, second) == 0
+      why = 'it cannot be run, or did not end well'
     case ('shell')
       done = systemqq(rest)
+      why = last_error()
     case ('rename')
       done = renamefileqq(first, second)
+      why = last_error()
     case ('remove')
       done = deldirqq(rest)
+      why = last_error()
+    case default
+      why = 'no such step'
     end select
   end function
 
 end module
 
 program make_tree
-  use qxport, only: changedirqq, exit, fullpathqq, getlasterrorqq, PATHQQ_LENGTH
-  use steps, only: make_directories, take
+  use qxport, only: changedirqq, exit, fullpathqq, PATHQQ_LENGTH
+  use steps, only: last_error, make_directories, take
   use, intrinsic :: iso_fortran_env, only: error_unit, input_unit
   implicit none
   character(4096) :: line
-  character(:), allocatable :: root
+  character(:), allocatable :: root, why
   character(PATHQQ_LENGTH) :: path
   integer :: length, status, failures = 0
 
@@ -131,11 +150,11 @@ program make_tree
     if (status /= 0) exit
     line = adjustl(line)
     if (line == ' ' .or. line(1:1) == '#') cycle
-    if (take(trim(line))) then
+    if (take(trim(line), why)) then
       print '(2a)', 'done    ', trim(line)
     else
       failures = failures + 1
-      print '(3a, i0)', 'FAILED  ', trim(line), ': error ', getlasterrorqq()
+      print '(4a)', 'FAILED  ', trim(line), ': ', why
     end if
   end do
   call exit(merge(1, 0, failures > 0))
@@ -143,7 +162,8 @@ program make_tree
 contains
 
   subroutine give_up()
-    write (error_unit, '(3a, i0)') "make_tree: no way into '", root, "': error ", getlasterrorqq()
+    why = last_error()
+    write (error_unit, '(4a)') "make_tree: no way into '", root, "': ", why
     call exit(2)
   end subroutine
 

@@ -1,49 +1,10 @@
 ! What the examples say, and how it goes out.
 
-! The texts of the host's errors.
-module error_texts
-  use qxport, only: pxfconst
-  implicit none
-  private
-  public :: error_number, error_text
-
-contains
-
-  ! The host's number for the name of an error.
-  integer function error_number(name)
-    character(*), intent(in) :: name
-    integer :: ierror
-    call pxfconst(name, error_number, ierror)
-    if (ierror /= 0) error stop 'unknown constant'
-  end function error_number
-
-  function error_text(error) result(text)
-    integer, intent(in) :: error
-    character(:), allocatable :: text
-    character(12), parameter :: NAMES(15) = [character(12) :: 'ENOENT', 'EACCES', 'ENOTDIR', 'EISDIR', 'ENAMETOOLONG', &
-      'EBADF', 'EMFILE', 'ENFILE', 'E2BIG', 'EAGAIN', 'ENOSPC', 'EPIPE', 'EIO', 'EROFS', 'EINVAL']
-    character(33), parameter :: TEXTS(15) = [character(33) :: 'No such file or directory', 'Permission denied', &
-      'Not a directory', 'Is a directory', 'File name too long', &
-      'Bad file descriptor', 'Too many open files', 'Too many open files in the system', 'Argument list too long', &
-      'Resource temporarily unavailable', 'No space left on device', 'Broken pipe', 'Input/output error', &
-      'Read-only file system', 'Invalid argument']
-    character(12) :: digits
-    integer :: i
-    do i = 1, size(NAMES)
-      if (error_number(NAMES(i)) /= error) cycle
-      text = trim(TEXTS(i))
-      return
-    end do
-    write (digits, '(i0)') error
-    text = 'error '//trim(digits)
-  end function error_text
-end module error_texts
-
 ! Lines for standard output, through its descriptor: what cannot be written is never overlooked.
 module standard_output
   use, intrinsic :: iso_fortran_env, only: error_unit
-  use error_texts, only: error_number, error_text
-  use qxport, only: exit, pxfwrite
+  use qxport, only: error_text, exit, pxfwrite
+  use qxport_numbers, only: EINTR
   implicit none
   private
   public :: put_line, flush_lines
@@ -82,8 +43,8 @@ contains
       call pxfwrite(1, buffer(done + 1:), used - done, written, error)
       if (error == 0) then
         done = done + written
-      else if (error /= error_number('EINTR')) then
-        write (error_unit, '(4a)') program_name, ': standard output: ', error_text(error)
+      else if (error /= EINTR) then
+        write (error_unit, '(4a)') program_name, ': standard output: ', trim(error_text(error))
         call exit(1)
       end if
     end do

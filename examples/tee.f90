@@ -3,8 +3,8 @@
 ! All of it through descriptors, so that it serves pipes, FIFOs and terminals byte by byte as they come. It ends at the
 ! end of its input, or when nobody reads its output any more; what else cannot be written is told, and the rest is copied.
 program tee
-  use error_texts, only: error_text
-  use qxport, only: exit, pxfclose, pxfconst, pxffcntl, pxfopen, pxfread, pxfsigaction, pxfstructcreate, pxfintset, pxfwrite
+  use qxport, only: error_text, exit, pxfclose, pxfconst, pxffcntl, pxfintset, pxfopen, pxfread, pxfsigaction
+  use qxport, only: pxfstructcreate, pxfwrite
   use, intrinsic :: iso_fortran_env, only: error_unit
   implicit none
   integer, parameter :: capacity = 65536, permissions = int(o'666')
@@ -120,7 +120,7 @@ contains
   subroutine complain(name, ierror)
     character(*), intent(in) :: name
     integer, intent(in) :: ierror
-    write (error_unit, '(4a)') 'tee: ', name, ': ', error_text(ierror)
+    write (error_unit, '(4a)') 'tee: ', name, ': ', trim(error_text(ierror))
     status = 1
   end subroutine
 

@@ -8,10 +8,10 @@ module trees
   use, intrinsic :: iso_fortran_env, only: int64
   use directories, only: is_self_or_parent, read_directory
   use names, only: before
-  use qxport, only: access, lstati8, stati8, MODE_DIRECTORY, MODE_REGULAR, MODE_SYMLINK, MODE_TYPE_MASK, STAT_MODE, &
+  use qxport, only: access, error_text, lstati8, stati8, MODE_DIRECTORY, MODE_REGULAR, MODE_SYMLINK, MODE_TYPE_MASK, STAT_MODE, &
     STAT_MTIME, STAT_SIZE
+  use qxport_numbers, only: EACCES
   use text_lists, only: text_list
-  use wording, only: reason, NO_PERMISSION
   implicit none
   private
   public :: survey, why_refused
@@ -52,7 +52,7 @@ contains
     why = ''
     error = stati8(root//'/.', status)
     if (error == 0) error = access(root//'/.', 'rx')
-    if (error /= 0) why = reason(error)
+    if (error /= 0) why = trim(error_text(error))
   end function why_refused
 
   ! Each directory is read whole before its entries are examined, so that no more than one is open at a time.
@@ -108,7 +108,7 @@ contains
     found%files = found%files + 1
     ! Files with holes may claim more bytes together than can be counted.
     found%bytes = found%bytes + min(bytes, huge(bytes) - found%bytes)
-    if (access(path//NUL, 'r') == NO_PERMISSION) found%unreadable = found%unreadable + 1
+    if (access(path//NUL, 'r') == EACCES) found%unreadable = found%unreadable + 1
     class = (64 - leadz(bytes) + 1)/2
     found%classes(class) = found%classes(class) + 1
     call rank(found%largest, ranked_file(bytes, bytes, modified, path(len(found%root) + 2:)))
@@ -142,7 +142,7 @@ contains
     character(*), intent(in) :: path
     integer, intent(in) :: error
     call found%problems%add(path(len(found%root) + 2:))
-    call found%reasons%add(reason(error))
+    call found%reasons%add(trim(error_text(error)))
   end subroutine add_problem
 end module trees
 

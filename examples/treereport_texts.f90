@@ -1,12 +1,10 @@
-! How numbers, dates, names and errors read in the report.
+! How numbers, dates and names read in the report.
 module wording
   use, intrinsic :: iso_fortran_env, only: int64, real64
   use names, only: plain_bytes
   implicit none
   private
-  public :: decimal, human_size, utc_date, printable, reason
-
-  integer, parameter, public :: NO_PERMISSION = 13
+  public :: decimal, human_size, utc_date, printable
 
 contains
 
@@ -81,18 +79,4 @@ contains
     end do
     text = buffer(1:length)
   end function printable
-
-  function reason(error) result(text)
-    integer, intent(in) :: error
-    character(:), allocatable :: text
-    select case (error)
-    case (2); text = 'no such file or directory'
-    case (NO_PERMISSION); text = 'permission denied'
-    case (20); text = 'not a directory'
-    case (24); text = 'too many open files'
-    case (36); text = 'the name is too long'
-    case (40); text = 'too many symbolic links'
-    case default; text = 'error '//decimal(int(error, int64))
-    end select
-  end function reason
 end module wording

@@ -63,27 +63,27 @@ made=$(cd a/b && find . | sort)
 [[ $(stat -c %Y a/b/src/main.f90) == "$(date -d '2001-02-03 04:05:06' +%s)" ]] || fail 'the time of a file in winter'
 [[ $(stat -c %Y 'a/b/with blanks/a file') == "$(date -d '2023-07-15 12:00:00' +%s)" ]] || fail 'the time of a file in summer'
 
-# failing STEP: it is told, and is the only one that is.
+# failing STEP WHY: it is told, and is the only one that is.
 failing() {
   local status=0
   printf '%s\nshell :\n' "$1" | "$make_tree" a/b >out 2>&1 || status=$?
-  if [[ $status != 1 || $(sed -n 2p out) != "FAILED  $1: error "* || $(sed -n 3p out) != 'done    shell :' ]]; then
+  if [[ $status != 1 || $(sed -n 2p out) != "FAILED  $1: $2" || $(sed -n 3p out) != 'done    shell :' ]]; then
     fail "$1: status $status, $(cat out)"
   fi
 }
-failing 'remove src'
-failing 'remove none'
-failing 'rename none other'
-failing 'run false'
-failing 'run ./none 2>errors'
-failing 'dir src/main.f90'
-failing 'dir src/main.f90/x'
-failing 'file none/x'
-failing 'stamp 2023-02-30T00:00:00 src/main.f90'
-failing 'stamp 2023-02-03 src/main.f90'
-failing 'stamp yyyy-02-03T00:00:00 src/main.f90'
-failing 'stamp 2001-02-03T04:05:06 none'
-failing 'jump'
+failing 'remove src' 'Directory not empty'
+failing 'remove none' 'No such file or directory'
+failing 'rename none other' 'No such file or directory'
+failing 'run false' 'it cannot be run, or did not end well'
+failing 'run ./none 2>errors' 'it cannot be run, or did not end well'
+failing 'dir src/main.f90' 'Not a directory'
+failing 'dir src/main.f90/x' 'Not a directory'
+failing 'file none/x' 'No such file or directory'
+failing 'stamp 2023-02-30T00:00:00 src/main.f90' 'no such time'
+failing 'stamp 2023-02-03 src/main.f90' 'no such time'
+failing 'stamp yyyy-02-03T00:00:00 src/main.f90' 'no such time'
+failing 'stamp 2001-02-03T04:05:06 none' 'No such file or directory'
+failing 'jump' 'no such step'
 
 status=0
 "$make_tree" </dev/null >out 2>errors || status=$?

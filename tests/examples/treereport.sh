@@ -243,10 +243,10 @@ test_permissions() {
   same 'status with closed directories' 0 $?
   same 'standard error with closed directories' '' "$(cat "$work/err")"
   same 'closed directories' "$(sort <<'END'
-  "closed": permission denied
-  "listed/file": permission denied
-  "listed/inner": permission denied
-  "searched": permission denied
+  "closed": Permission denied
+  "listed/file": Permission denied
+  "listed/inner": Permission denied
+  "searched": Permission denied
 END
 )" "$(section 'Not examined' | sort)"
   same 'directories, closed ones too' 7 "$(value directories)"
@@ -259,7 +259,7 @@ END
     "${ordinary[@]}" timeout 100 "$program" "$tree/$root" >"$work/out" 2>"$work/err"
     same "status of a $root root" 1 $?
     same "report on a $root root" '' "$(cat "$work/out")"
-    same "error of a $root root" "treereport: $tree/$root: permission denied" "$(cat "$work/err")"
+    same "error of a $root root" "treereport: $tree/$root: Permission denied" "$(cat "$work/err")"
   done
 }
 
@@ -280,7 +280,7 @@ test_depth() {
   same 'directories within reach' "$(find "$tree" -type d | awk 'length <= 4095' | wc -l)" "$(value directories)"
   same 'files within reach' "$(find "$tree" -type f | awk 'length <= 4095' | wc -l)" "$(value files)"
   same 'what is out of reach' "$(find "$tree" -printf '%p\t%h\t%P\n' | awk -F '\t' '
-      length($1) > 4095 && length($2) <= 4095 { print "  \"" $3 "\": the name is too long" }' | sort)" \
+      length($1) > 4095 && length($2) <= 4095 { print "  \"" $3 "\": File name too long" }' | sort)" \
     "$(section 'Not examined' | sort)"
 
   mkdir "$work/steps"
@@ -302,7 +302,7 @@ test_depth() {
   reports "$work/limit"
   same 'files up to the limit' 1 "$(value files)"
   same 'directories up to the limit' "$(found "$work/limit" -type d)" "$(value directories)"
-  same 'what is behind the limit' "$(printf '  "%s": the name is too long\n' "${path#"$work/limit/"}"/{ff,x/file})" \
+  same 'what is behind the limit' "$(printf '  "%s": File name too long\n' "${path#"$work/limit/"}"/{ff,x/file})" \
     "$(section 'Not examined' | sort)"
 }
 
@@ -388,14 +388,14 @@ test_arguments() {
   refused 2 "$usage" ''
   refused 2 "$usage" --help
   refused 2 "$usage" -x
-  refused 1 "treereport: $work/none: no such file or directory" "$work/none"
-  refused 1 "treereport: none\\033 : no such file or directory" $'none\e '
+  refused 1 "treereport: $work/none: No such file or directory" "$work/none"
+  refused 1 "treereport: none\\033 : No such file or directory" $'none\e '
   echo content >"$work/file"
-  refused 1 "treereport: $work/file: not a directory" "$work/file"
+  refused 1 "treereport: $work/file: Not a directory" "$work/file"
   ln -s nowhere "$work/dangling"
-  refused 1 "treereport: $work/dangling: no such file or directory" "$work/dangling"
-  refused 1 "treereport: $(printf 'x%.0s' {1..256}): the name is too long" "$(printf 'x%.0s' {1..256})"
-  refused 1 "treereport: $(printf '/x%.0s' {1..5000}): the name is too long" "$(printf '/x%.0s' {1..5000})"
+  refused 1 "treereport: $work/dangling: No such file or directory" "$work/dangling"
+  refused 1 "treereport: $(printf 'x%.0s' {1..256}): File name too long" "$(printf 'x%.0s' {1..256})"
+  refused 1 "treereport: $(printf '/x%.0s' {1..5000}): File name too long" "$(printf '/x%.0s' {1..5000})"
 }
 
 test_output() {
