@@ -12,8 +12,9 @@ constexpr size_t RESOLVED_LIMIT = 1024;
 }  // namespace qxport
 
 // Writes the absolute path of a name into a buffer of RESOLVED_LIMIT + 1 bytes. What exists of the name is
-// resolved, links included; what does not is taken as it is written. Empty, with errno set, where the current
-// directory cannot be told and the path needs it; else errno is left as it was.
+// resolved, links included; what does not is taken as it is written. Empty where the current directory cannot
+// be told and the path needs it, with errno set, and where dots take away all of a missing name, as those of
+// "/nosuch/../." do; but for the first errno is left as it was.
 extern "C" void __qxport_resolve_unix_path(const char *in, char *out);
 
 #endif

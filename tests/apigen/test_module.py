@@ -91,7 +91,77 @@ example = "end"
 """
 
 
+# A caller's procedure that the module demands, one that it demands where there is one, and one that may be any.
+WATCH = """
+args = [
+  { name = "watcher", type = "procedure", text = "what is called", interface = \"\"\"
+integer(4) function watcher(number)
+  integer(4), value :: number
+\"\"\" },
+  { name = "last", type = "procedure", optional = true, text = "what is called last", interface = \"\"\"
+subroutine last(word)
+character(*), intent(in) :: word
+\"\"\" },
+  { name = "any", type = "procedure", optional = true, text = "what is called too" },
+]
+"""
+
+WATCHERS = """
+use qxport
+implicit none
+external :: whatever
+print *, {}
+contains
+  integer(4) function by_value(number)
+    integer(4), value :: number
+    by_value = number
+  end function
+  integer(4) function by_reference(number)
+    integer(4) :: number
+    by_reference = number
+  end function
+  integer(8) function wide(number)
+    integer(4), value :: number
+    wide = number
+  end function
+  integer(4) function of_two(number, other)
+    integer(4), value :: number, other
+    of_two = number + other
+  end function
+  subroutine say(word)
+    character(*), intent(in) :: word
+    print *, word
+  end subroutine
+end
+"""
+
+
 class Module(CatalogueCase):
+    def test_procedure_is_what_its_interface_says(self):
+        self.write({"posix_more.toml": MORE + ROUTINE.format(name="pxfwatch", kind="integer(4)", more=WATCH)})
+        self.generate("--only", "module")
+        self.run_clean("gfortran", "-std=f2018", "-Wall", "-Werror", "-fsyntax-only", self.out / "fortran/qxport.f90",
+                       cwd=self.root)
+        for call, told in (
+            ("pxfwatch(by_value)", ""),
+            ("pxfwatch(by_value, say)", ""),
+            ("pxfwatch(by_value, say, say)", ""),
+            ("pxfwatch(by_value, any=by_reference)", ""),
+            ("pxfwatch(watcher=by_value, last=say, any=whatever)", ""),
+            ("pxfwatch(by_reference)", "Interface mismatch in dummy procedure 'watcher'"),
+            ("pxfwatch(wide)", "Interface mismatch in dummy procedure 'watcher'"),
+            ("pxfwatch(of_two)", "Interface mismatch in dummy procedure 'watcher'"),
+            ("pxfwatch(say)", "Interface mismatch in dummy procedure 'watcher'"),
+            ("pxfwatch(by_value, by_value)", "Interface mismatch in dummy procedure 'last'"),
+            ("pxfwatch(last=say)", "Missing actual argument for argument 'watcher'"),
+        ):
+            with self.subTest(call):
+                (self.root / "watchers.f90").write_text(WATCHERS.format(call))
+                result = subprocess.run(["gfortran", "-fsyntax-only", "watchers.f90"], cwd=self.root, check=False,
+                                        capture_output=True, text=True, env=os.environ | {"LC_ALL": "C"})
+                self.assertEqual(result.returncode == 0, told == "", result.stderr)
+                self.assertIn(told, result.stderr)
+
     def test_compiles_without_warnings(self):
         for width in widths():
             with self.subTest(width=width):

@@ -6,6 +6,8 @@ from support import BINDING, CORE, FILES, SAMPLE, CatalogueCase
 
 from qxapi.catalogue import CatalogueError, load
 
+F_ARGUMENT = 'name = "f", type = "procedure"'
+
 # what is wrong: (old text, new text, the entry named, the reason or a part of it)
 FAULTS = {
     "unknown key": ('origin = "plain(3)"', 'origin = "plain(3)"\ncolour = 1', "plain", "unknown key `colour`"),
@@ -57,6 +59,19 @@ FAULTS = {
     "value of characters": ('type = "character(*)", intent = "in", text = "a name"',
                             'type = "character(*)", intent = "in", value = true, text = "a name"', "plain",
                             "argument name: character(*) is not passed by value"),
+    "interface of a number": ('name = "count", type = "integer(4)", intent = "in"',
+                              'name = "count", type = "integer(4)", intent = "in", interface = "subroutine count()"',
+                              "plain", "argument count: `interface` of integer(4), which is no procedure"),
+    "interface of another name": (F_ARGUMENT, F_ARGUMENT + ', interface = "subroutine g()"', "everything",
+                                  "argument f: `subroutine g()` is not the heading of a procedure `f`"),
+    "interface without arguments": (F_ARGUMENT, F_ARGUMENT + ', interface = "subroutine f"', "everything",
+                                    "argument f: `subroutine f` is not the heading"),
+    "interface without a type": (F_ARGUMENT, F_ARGUMENT + ', interface = "function f(x)"', "everything",
+                                 "argument f: `function f(x)` is not the heading"),
+    "interface with more behind": (F_ARGUMENT, F_ARGUMENT + ', interface = "subroutine f() bind(C)"', "everything",
+                                   "argument f: `subroutine f() bind(C)` is not the heading"),
+    "interface that is no text": (F_ARGUMENT, F_ARGUMENT + ', interface = 1', "everything",
+                                  "argument f: `interface` must be str"),
     "error without when": ('number = "EINVAL", when = "`n` is -1"', 'number = "EINVAL"', "everything",
                            "error 1: missing key `when`"),
     "bad target": ('["32-bit"]', '["16-bit"]', "_narrow", "`targets` must be a list of 32-bit and 64-bit"),

@@ -3,9 +3,11 @@
 #include "contract/services.h"
 #include "outcome.h"
 
+#include <csignal>
 #include <cstdlib>
 #include <optional>
 #include <ostream>
+#include <sys/select.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -18,6 +20,23 @@ std::optional<int> host_error;
 int waits_interrupted, wait_error, answer_of_system;
 int32_t answer_of_establish;
 std::vector<void *> established;
+std::vector<std::pair<int64_t, int64_t>> waited;
+
+// What the keyboard and the end of a child find at one moment.
+struct CommandState {
+  bool interrupt_ignored, quit_ignored, child_blocked;
+  bool operator==(const CommandState &) const = default;
+};
+std::vector<CommandState> states_of_calls;
+void note_state() {
+  struct sigaction interrupt, quit;
+  sigset_t mask;
+  sigaction(SIGINT, nullptr, &interrupt);
+  sigaction(SIGQUIT, nullptr, &quit);
+  sigprocmask(SIG_SETMASK, nullptr, &mask);
+  states_of_calls.push_back(
+      {interrupt.sa_handler == SIG_IGN, quit.sa_handler == SIG_IGN, sigismember(&mask, SIGCHLD) == 1});
+}
 
 int host_call(const std::string &call) {
   calls.push_back(call);
@@ -53,9 +72,11 @@ int system(const char *command) {
   return answer_of_system;
 }
 pid_t fork() noexcept {
+  note_state();
   return host_call("fork") == 0 ? 4711 : -1;
 }
 pid_t waitpid(pid_t child, int *status, int options) {
+  note_state();
   calls.push_back("waitpid " + std::to_string(child) + " " + std::to_string(options));
   *status = 0;
   if (waits_interrupted > 0 || wait_error != 0) {
@@ -64,6 +85,12 @@ pid_t waitpid(pid_t child, int *status, int options) {
     return -1;
   }
   return child;
+}
+int select(int count, fd_set *readable, fd_set *writable, fd_set *exceptional, timeval *timeout) {
+  EXPECT_EQ(count, 0);
+  EXPECT_TRUE(readable == nullptr && writable == nullptr && exceptional == nullptr);
+  waited.emplace_back(timeout->tv_sec, timeout->tv_usec);
+  return host_call("select");
 }
 int32_t for__intermediate_establish(void *handler, void *context, void *former, void *former_context) {
   established = {handler, context, former, former_context};
@@ -76,6 +103,8 @@ class Injected : public testing::Test {
 protected:
   Injected() {
     calls.clear();
+    waited.clear();
+    states_of_calls.clear();
     host_error = std::nullopt;
     waits_interrupted = wait_error = answer_of_system = 0;
   }
@@ -154,6 +183,91 @@ TEST_F(Injected, SystemWithoutAChildOrItsEndIsFalse) {
   sigset_t mask;
   sigprocmask(SIG_SETMASK, nullptr, &mask);
   EXPECT_EQ(sigismember(&mask, SIGCHLD), 0);
+}
+
+void do_nothing(int) {}
+
+struct Disposition {
+  void (*interrupt)(int);
+  void (*quit)(int);
+  int blocked, open;
+};
+
+// Whatever the caller has, and whether there is a child, an interrupted wait or none.
+TEST_F(Injected, SystemKeepsTheSignalsOfItsCommandFromTheCaller) {
+  struct sigaction former_interrupt, former_quit;
+  sigset_t former_mask;
+  sigaction(SIGINT, nullptr, &former_interrupt);
+  sigaction(SIGQUIT, nullptr, &former_quit);
+  sigprocmask(SIG_SETMASK, nullptr, &former_mask);
+  for (const Disposition &callers : {Disposition{do_nothing, SIG_DFL, SIGUSR1, SIGUSR2},
+                                     Disposition{SIG_DFL, do_nothing, SIGUSR2, SIGUSR1},
+                                     Disposition{SIG_IGN, do_nothing, SIGCHLD, SIGUSR1},
+                                     Disposition{do_nothing, SIG_IGN, SIGUSR1, SIGCHLD}})
+    for (const int error : {0, ECHILD, EAGAIN}) {
+      struct sigaction action = {};
+      // What is put back is the whole action.
+      action.sa_flags = SA_RESTART | SA_NODEFER;
+      sigaddset(&action.sa_mask, SIGHUP);
+      action.sa_handler = callers.interrupt;
+      sigaction(SIGINT, &action, nullptr);
+      action.sa_handler = callers.quit;
+      sigaction(SIGQUIT, &action, nullptr);
+      sigset_t mask;
+      sigemptyset(&mask);
+      sigaddset(&mask, callers.blocked);
+      sigprocmask(SIG_SETMASK, &mask, nullptr);
+      states_of_calls.clear();
+      waits_interrupted = 1;
+      wait_error = error == ECHILD ? ECHILD : 0;
+      host_error = error == EAGAIN ? std::optional(EAGAIN) : std::nullopt;
+
+      EXPECT_EQ(systemqq_("x", 1), error == 0 ? 1 : 0);
+
+      const CommandState kept_away = {true, true, true};
+      EXPECT_EQ(states_of_calls, std::vector<CommandState>(error == EAGAIN ? 1 : 3, kept_away)) << error;
+      for (const auto &[signal, handler] : {std::pair{SIGINT, callers.interrupt}, {SIGQUIT, callers.quit}}) {
+        struct sigaction behind;
+        sigaction(signal, nullptr, &behind);
+        EXPECT_TRUE(behind.sa_handler == handler) << signal;
+        EXPECT_EQ(behind.sa_flags & (SA_RESTART | SA_NODEFER), SA_RESTART | SA_NODEFER) << signal;
+        EXPECT_EQ(sigismember(&behind.sa_mask, SIGHUP), 1) << signal;
+      }
+      sigprocmask(SIG_SETMASK, nullptr, &mask);
+      EXPECT_EQ(sigismember(&mask, callers.blocked), 1);
+      EXPECT_EQ(sigismember(&mask, callers.open), 0);
+      EXPECT_EQ(sigismember(&mask, SIGCHLD), callers.blocked == SIGCHLD ? 1 : 0);
+    }
+  sigaction(SIGINT, &former_interrupt, nullptr);
+  sigaction(SIGQUIT, &former_quit, nullptr);
+  sigprocmask(SIG_SETMASK, &former_mask, nullptr);
+}
+
+TEST_F(Injected, SleepWaitsForSecondsAndMicroseconds) {
+  for (const auto &[duration, seconds, microseconds] : {std::tuple<int32_t, int64_t, int64_t>{0, 0, 0},
+                                                        {1, 0, 1000},
+                                                        {999, 0, 999'000},
+                                                        {1000, 1, 0},
+                                                        {1500, 1, 500'000},
+                                                        {INT32_MAX, 2'147'483, 647'000}}) {
+    waited.clear();
+    EXPECT_EQ(state_after([milliseconds = duration] { sleepqq_(&milliseconds); }), untouched());
+    EXPECT_EQ(waited, (std::vector<std::pair<int64_t, int64_t>>{{seconds, microseconds}})) << duration;
+  }
+}
+
+// Once is all: what is left of the time is not waited for.
+TEST_F(Injected, InterruptedSleepIsOver) {
+  host_error = EINTR;
+  const int32_t duration = 1500;
+  sleepqq_(&duration);
+  EXPECT_EQ(waited.size(), 1U);
+}
+
+TEST_F(Injected, SleepOfANegativeTimeWaitsForNothing) {
+  for (const int32_t duration : {-1, -1000, INT32_MIN})
+    EXPECT_EQ(state_after([&] { sleepqq_(&duration); }), untouched());
+  EXPECT_EQ(calls, std::vector<std::string>{});
 }
 
 void a_handler() {}

@@ -238,20 +238,29 @@ int32_t leave_with_code(int32_t signum, int32_t exception) {
 }
 
 // A trap of the processor: a division by zero with the exception unmasked.
+void divide_with_a_trap() {
+  uint32_t control;
+  __asm__ volatile("stmxcsr %0" : "=m"(control));
+  control &= ~0x200U;
+  __asm__ volatile("ldmxcsr %0" : : "m"(control));
+  volatile double zero = 0, quotient = 1;
+  __asm__ volatile("movsd %0, %%xmm0; divsd %1, %%xmm0; movsd %%xmm0, %0"
+                   : "+m"(quotient)
+                   : "m"(zero)
+                   : "xmm0");
+}
+
 TEST_F(DesktopSignals, DivisionThatTraps) {
-  const ChildReport report = run_in_child([] {
-    signalfpeqq_(reinterpret_cast<Procedure>(leave_with_code));
-    uint32_t control;
-    __asm__ volatile("stmxcsr %0" : "=m"(control));
-    control &= ~0x200U;
-    __asm__ volatile("ldmxcsr %0" : : "m"(control));
-    volatile double zero = 0, quotient = 1;
-    __asm__ volatile("movsd %0, %%xmm0; divsd %1, %%xmm0; movsd %%xmm0, %0"
-                     : "+m"(quotient)
-                     : "m"(zero)
-                     : "xmm0");
+  const ChildReport by_number = run_in_child([] {
+    install(8, leave_with_code);
+    divide_with_a_trap();
   });
-  EXPECT_EQ(report.exit_code(), 31);
+  EXPECT_EQ(by_number.exit_code(), 31);
+  const ChildReport by_name = run_in_child([] {
+    signalfpeqq_(reinterpret_cast<Procedure>(leave_with_code));
+    divide_with_a_trap();
+  });
+  EXPECT_EQ(by_name.exit_code(), 31);
 }
 
 int32_t recurse(int32_t signum) {

@@ -21,6 +21,9 @@ Outcome full_path(const std::string &name, Character &path) {
   });
 }
 
+// Missing names of which the dots leave nothing.
+constexpr const char *EMPTY_PATHS[] = {"/nosuch-x/../.", "/nosuch-x/y/../../."};
+
 using FullPath = Paths;
 
 TEST_F(FullPath, IsStoredWithBlanks) {
@@ -52,6 +55,14 @@ TEST_F(FullPath, OfMissingFilesInTheSystem) {
     Character stored(30);
     EXPECT_EQ(full_path(name, stored), (Outcome{static_cast<int32_t>(strlen(path)), untouched()}));
     EXPECT_EQ(stored.text(), padded(path, 30));
+  }
+}
+
+TEST_F(FullPath, ThatIsEmptyIsNoFailure) {
+  for (const char *name : EMPTY_PATHS) {
+    Character stored(30);
+    EXPECT_EQ(full_path(name, stored), (Outcome{0, untouched()})) << name;
+    EXPECT_EQ(stored.text(), padded("", 30)) << name;
   }
 }
 
@@ -190,7 +201,7 @@ TEST_F(SplitPath, LibraryOfTheSystem) {
 }
 
 TEST_F(SplitPath, EmptyPathGivesBlanksAndNoLength) {
-  for (const char *path : {"", "    "})
+  for (const char *path : {"", "    ", EMPTY_PATHS[0], EMPTY_PATHS[1]})
     EXPECT_EQ(split(path, ROOMY), expected_split("", "", "")) << '"' << path << '"';
 }
 
