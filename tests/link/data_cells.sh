@@ -17,11 +17,10 @@ PROGRAM
 
 for position in '-fno-pie -no-pie' '-fPIE -pie' '-fPIC'; do
   read -ra flags <<<"$position"
-  for library in "-L$QXPORT_LIB -lqxportmt -L$QXCORE_LIB -lqxcoremt_posix" \
-    "$QXPORT_LIB/libqxportmt.a $QXCORE_LIB/libqxcoremt_posix.a"; do
-    read -ra libraries <<<"$library"
-    program_c cells "${flags[@]}" "$SOURCE_DIR/tests/link/data_cells.c" "${libraries[@]}"
-  done
+  program_c cells "${flags[@]}" "$SOURCE_DIR/tests/link/data_cells.c" "-L$QXPORT_LIB" "-L$QXCORE_LIB" \
+    -lqxportmt -lqxcoremt_posix
+  program_c cells "${flags[@]}" "$SOURCE_DIR/tests/link/data_cells.c" "$QXPORT_LIB/libqxportmt.a" \
+    "$QXCORE_LIB/libqxcoremt_posix.a"
   program_fortran cell "${flags[@]}" cell.f90 "-L$QXPORT_LIB" "-L$QXCORE_LIB" -lqxportmt -lqxcoremt_gnu
 done
 

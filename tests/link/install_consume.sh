@@ -95,28 +95,35 @@ runs_installed() {
   fail "$2 does not run: $printed"
 }
 
-# serves_pkg_config PREFIX: the command lines that the README gives. Their words must fall apart as they are.
-# shellcheck disable=SC2046
+# options_of WORD...: what pkg-config answers into `options`. Blanks of a prefix have a backslash before them.
+options=()
+options_of() { eval "options=($(pkg-config "$@"))"; }
+
+# serves_pkg_config PREFIX: the command lines that the README gives.
 serves_pkg_config() {
   local installed=$1
   local -x PKG_CONFIG_PATH=$installed/lib/pkgconfig
   [[ $(pkg-config --modversion qxport) == 1.* ]] || fail 'pkg-config does not know the version'
 
-  "$FC" "${target_flags[@]}" -o by_pc prog.f90 $(pkg-config --cflags --libs qxport) ||
+  options_of --cflags --libs qxport
+  "$FC" "${target_flags[@]}" -o by_pc prog.f90 "${options[@]}" ||
     fail "no Fortran program by pkg-config from $installed"
   runs_installed "$installed" ./by_pc
   readelf -dW by_pc | grep -qF '[libqxportmt.so.1]' || fail 'pkg-config did not give the shared library'
-  "$CC" "${target_flags[@]}" -o by_pc_c prog.c $(pkg-config --cflags --libs qxport-posix) ||
+  options_of --cflags --libs qxport-posix
+  "$CC" "${target_flags[@]}" -o by_pc_c prog.c "${options[@]}" ||
     fail "no C program by pkg-config from $installed"
   runs_installed "$installed" ./by_pc_c
 
   # An instrumented program is never all static.
   if [[ -z $SANITIZE ]]; then
-    "$FC" "${target_flags[@]}" -o static_by_pc -static prog.f90 $(pkg-config --static --cflags --libs qxport) ||
+    options_of --static --cflags --libs qxport
+    "$FC" "${target_flags[@]}" -o static_by_pc -static prog.f90 "${options[@]}" ||
       fail "no static Fortran program by pkg-config from $installed"
     runs_installed /nowhere ./static_by_pc
-    "$CC" "${target_flags[@]}" -o static_by_pc_c -static prog.c \
-      $(pkg-config --static --cflags --libs qxport-posix) || fail "no static C program by pkg-config from $installed"
+    options_of --static --cflags --libs qxport-posix
+    "$CC" "${target_flags[@]}" -o static_by_pc_c -static prog.c "${options[@]}" ||
+      fail "no static C program by pkg-config from $installed"
     runs_installed /nowhere ./static_by_pc_c
   fi
   rm -f by_pc by_pc_c static_by_pc static_by_pc_c
