@@ -5,10 +5,11 @@ include(BuildDate)
 
 set(QXPORT_GENERATED ${PROJECT_BINARY_DIR}/generated)
 file(GLOB catalogue_files CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/api/*.toml)
+file(GLOB guide_files CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)
 file(GLOB generator_files CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tools/qxapi/*.py)
 set(QXPORT_APIGEN ${Python3_EXECUTABLE} ${PROJECT_SOURCE_DIR}/tools/apigen.py --api ${PROJECT_SOURCE_DIR}/api)
 set(generate_command ${QXPORT_APIGEN} --out ${QXPORT_GENERATED} --target ${QXPORT_TARGET}
-    --version-text ${QXPORT_VERSION_TEXT} --date ${QXPORT_BUILD_DATE})
+    --guides ${PROJECT_SOURCE_DIR}/docs --version-text ${QXPORT_VERSION_TEXT} --date ${QXPORT_BUILD_DATE})
 
 set(QXPORT_HEADER ${QXPORT_GENERATED}/include/qxport/qxport.h)
 set(QXPORT_MODULE_SOURCE ${QXPORT_GENERATED}/fortran/qxport.f90)
@@ -24,7 +25,7 @@ add_custom_command(
   COMMAND ${CMAKE_COMMAND} -E rm -rf ${QXPORT_GENERATED}/man ${QXPORT_GENERATED}/html
   COMMAND ${generate_command}
   COMMAND ${CMAKE_COMMAND} -E touch ${QXPORT_GENERATED}/stamp
-  DEPENDS ${catalogue_files} ${generator_files} ${PROJECT_SOURCE_DIR}/tools/apigen.py
+  DEPENDS ${catalogue_files} ${guide_files} ${generator_files} ${PROJECT_SOURCE_DIR}/tools/apigen.py
   COMMENT "Generating the header, the modules and the reference from api/"
   VERBATIM)
 add_custom_target(qxport_catalogue DEPENDS ${QXPORT_GENERATED}/stamp)

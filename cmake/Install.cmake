@@ -14,6 +14,11 @@ install(DIRECTORY ${QXPORT_GENERATED}/html/ DESTINATION share/doc/qxport/html)
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/README.md DESTINATION share/doc/qxport)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/ DESTINATION share/doc/qxport/examples
         FILES_MATCHING PATTERN "*.f90" PATTERN "README.md")
+# The command for programs that are to be ported, and what it and other tools know of the library.
+install(PROGRAMS ${PROJECT_SOURCE_DIR}/porting/qxport DESTINATION bin)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/porting/qxporting DESTINATION share/qxport/python FILES_MATCHING PATTERN "*.py")
+install(FILES ${QXPORT_GENERATED}/share/catalogue.json ${PROJECT_SOURCE_DIR}/porting/catalogue.schema.json
+        ${PROJECT_SOURCE_DIR}/porting/README.md DESTINATION share/qxport)
 
 # One file a provider: qxport.pc names the run-time of the compiler that the library was built with.
 list(JOIN QXPORT_STATIC_THREADS ",-u,pthread_" PC_STATIC_THREADS)
@@ -27,12 +32,15 @@ endforeach()
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/qxport)
 install(EXPORT qxportTargets NAMESPACE qxport:: DESTINATION ${package_dir})
+set(QXPORT_COMMAND_DIR bin)
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/qxportConfig.cmake.in
-  ${PROJECT_BINARY_DIR}/qxportConfig.cmake INSTALL_DESTINATION ${package_dir})
+  ${PROJECT_BINARY_DIR}/qxportConfig.cmake INSTALL_DESTINATION ${package_dir}
+  PATH_VARS QXPORT_COMMAND_DIR)
 # -m32 is an option to CMake, not a target: it does not know that its programs have narrow addresses.
 if(QXPORT_M32)
   set(CMAKE_SIZEOF_VOID_P 4)
 endif()
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/qxportConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/qxportConfig.cmake ${PROJECT_BINARY_DIR}/qxportConfigVersion.cmake
+              ${PROJECT_SOURCE_DIR}/cmake/qxportModule.cmake
         DESTINATION ${package_dir})

@@ -14,7 +14,16 @@ from pathlib import Path
 
 sys.dont_write_bytecode = True  # the source tree stays as it is
 
-from qxapi import calls, fortran_module, header, html, manpages, private, symbols  # noqa: E402
+from qxapi import (  # noqa: E402
+    calls,
+    catalogue_json,
+    fortran_module,
+    header,
+    html,
+    manpages,
+    private,
+    symbols,
+)
 from qxapi.catalogue import CatalogueError, load  # noqa: E402
 from qxapi.entries import page_name  # noqa: E402
 
@@ -23,6 +32,7 @@ WRITERS = {
     "private": private,
     "calls": calls,
     "module": fortran_module,
+    "json": catalogue_json,
     "symbols": symbols,
     "man": manpages,
     "html": html,
@@ -59,6 +69,7 @@ def parse(arguments):
     parser.add_argument("--target", choices=("64", "32"), default="64", help="width of an address")
     parser.add_argument("--only", type=kinds_of_output, default=list(WRITERS), 
                         help=f"a list of the outputs to make, of {', '.join(WRITERS)}")
+    parser.add_argument("--guides", type=Path, help="the directory of the guides, which become pages of the reference")
     parser.add_argument("--version-text", default="unversioned")
     parser.add_argument("--date", default="", help="of the reference pages")
     task = parser.add_mutually_exclusive_group()

@@ -37,7 +37,8 @@ promised_files_are_there() {
   for file in lib/libqxportmt.{so,a} lib/libqxportmt.so.1 lib/libqxcoremt_{gnu,posix}.{so,a} \
     lib/libqxcoremt_{gnu,posix}.so.1 include/qxport/qxport.{h,mod,f90} include/qxport/qxport_numbers.{mod,f90} lib/pkgconfig/qxport.pc \
     lib/cmake/qxport/qxportConfig{,Version}.cmake share/man/man3/access.3f share/doc/qxport/html/index.html \
-    share/doc/qxport/LICENSE; do
+    share/doc/qxport/LICENSE bin/qxport share/qxport/{catalogue.json,catalogue.schema.json,README.md} \
+    share/man/man1/qxport.1; do
     [[ -s $prefix/$file ]] || fail "$file is not installed"
   done
   # Every page and example, and the texts, as they are.
@@ -129,6 +130,28 @@ serves_pkg_config() {
   rm -f by_pc by_pc_c static_by_pc static_by_pc_c
 }
 
+# serves_ported PREFIX: a program that uses a module of another name, with names of its own; the command writes nothing
+# into the tree.
+serves_ported() {
+  local installed=$1 before
+  before=$(find "$installed" | sort)
+  printf '%s\n' 'directory_of = getcwd' >names.txt
+  cat >ported.f90 <<'PROGRAM'
+use old_names, only: directory_of
+character(4096) :: directory
+if (directory_of(directory) /= 0) error stop 'no working directory'
+print '(a)', trim(directory)
+end
+PROGRAM
+  rm -rf ported_modules
+  "$installed/bin/qxport" module old_names --of none --names names.txt --output ported_modules \
+    --compiler "$FC ${width_flags[*]}" --quiet || fail "no module by the command of $installed"
+  "$FC" "${target_flags[@]}" -Iported_modules -o ported ported.f90 "-L$installed/lib" -lqxportmt -lqxcoremt_gnu ||
+    fail "no program with a module made from $installed"
+  runs_installed "$installed" ./ported
+  [[ $(find "$installed" | sort) == "$before" ]] || fail "the command wrote into $installed"
+}
+
 # serves_cmake PREFIX LANGUAGE
 serves_cmake() {
   local installed=$1 language=$2 project=project_$2 compiler=$FC source=prog.f90 linkage
@@ -138,13 +161,16 @@ serves_cmake() {
   rm -rf "$project"
   mkdir "$project"
   cp "$sources/consumer_$language.cmake" "$project/CMakeLists.txt"
-  cp "$source" "$project/"
+  cp "$source" ported.f90 names.txt "$project/"
   if ! { "$CMAKE" -S "$project" -B "$project/build" -G "$generator" "-DCMAKE_PREFIX_PATH=$installed" \
     "-DCMAKE_${language}_COMPILER=$compiler" "-DCMAKE_${language}_FLAGS=${target_flags[*]}" \
     -DCMAKE_BUILD_TYPE=Release && "$CMAKE" --build "$project/build"; } >project.log 2>&1; then
     fail "no $language project by find_package from $installed"
     cat project.log
     return
+  fi
+  if [[ $language == Fortran ]]; then
+    runs_installed /nowhere "$project/build/ported"
   fi
   for linkage in shared static; do
     # Without a search path of ours: CMake's own suffices.
@@ -182,6 +208,7 @@ header_is_that_of_both_languages
 generator=$(sed -n 's/^CMAKE_GENERATOR:INTERNAL=//p' "$BUILD_DIR/CMakeCache.txt")
 versions_are_told_apart
 serves_pkg_config "$prefix"
+serves_ported "$prefix"
 serves_cmake "$prefix" Fortran
 serves_cmake "$prefix" C
 
@@ -190,6 +217,7 @@ mv "$prefix" "$work/moved"
 serves_pkg_config "$work/moved"
 mkdir "$work/a place"
 mv "$work/moved" "$work/a place/with blanks"
+serves_ported "$work/a place/with blanks"
 serves_cmake "$work/a place/with blanks" Fortran
 serves_cmake "$work/a place/with blanks" C
 

@@ -2,6 +2,7 @@
 
 from html import escape
 
+from . import guides
 from .entries import page_name
 from .html_assets import SEARCH, STYLE
 from .prose import (
@@ -35,6 +36,7 @@ def outputs(catalogue, options):
     writer = _Writer(catalogue, options)
     pages = {"html/index.html": writer.index(), "html/style.css": STYLE}
     pages |= {f"html/{area.name}.html": writer.area(area) for area in catalogue.areas}
+    pages |= {f"html/{guide.page}": writer.guide(guide) for guide in writer.guides}
     return pages | ({f"html/{NUMBERS}.html": writer.numbers()} if catalogue.constant_groups else {})
 
 
@@ -76,6 +78,7 @@ class _Writer:
     def __init__(self, catalogue, options):
         self.catalogue = catalogue
         self.options = options
+        self.guides = guides.load(options)
         self.places = {}
         for name, place, _, _ in _names(catalogue):
             self.places.setdefault(name, place)
@@ -94,7 +97,7 @@ class _Writer:
         body = f"""<h1>Fortran run-time support: reference</h1>
 <p>A program that uses the module <code>qxport</code> is built with</p>
 <pre><code>{escape(COMPILE)}</code></pre>
-<h2>Areas</h2>
+{self._guides()}<h2>Areas</h2>
 <ul>
 {areas}</ul>
 <h2>All names</h2>
@@ -110,6 +113,17 @@ class _Writer:
 """
         return self._page("Reference", body, nav="")
 
+    def _guides(self):
+        items = "".join(f'<li><a href="{g.page}">{self.text(g.title)}</a>: {self.text(g.summary)}</li>\n' for g in self.guides)
+        return f"<h2>Guides</h2>\n<ul>\n{items}</ul>\n" if items else ""
+
+    def guide(self, guide):
+        return self._page(guide.title.replace("`", ""), guides.html_body(guide, self), _TO_INDEX)
+
+    def table(self, caption, rows):
+        head, *body = [[self.text(cell) for cell in row] for row in rows]
+        return _table(caption.replace("`", ""), head, body)
+
     def _index_item(self, name, place, what, text):
         first = self._inline(paragraphs(text)[0], links=False)
         return (
@@ -124,7 +138,7 @@ class _Writer:
             body += "<code>qxport</code>.</p>\n"
         if area.routines:
             listed = "".join(
-                f'<li><a href="#{page_name(r.name)}"><code>{escape(r.name)}</code></a> {self._text(r.summary)}</li>\n'
+                f'<li><a href="#{page_name(r.name)}"><code>{escape(r.name)}</code></a> {self.text(r.summary)}</li>\n'
                 for r in area.routines
             )
             body += f'<h2>Routines</h2>\n<ul class="names">\n{listed}</ul>\n'
@@ -150,17 +164,17 @@ class _Writer:
         return self._page(area.title, body, _TO_INDEX)
 
     def numbers(self):
-        body = f"<h1>{NUMBERS_TITLE}</h1>\n{self._code([USE_NUMBERS], 'Use of the module')}"
+        body = f"<h1>{NUMBERS_TITLE}</h1>\n{self.code([USE_NUMBERS], 'Use of the module')}"
         body += self._prose(NUMBERS_TEXT, NUMBERS)
         body += "<h2>Beside the constants by name</h2>\n"
         groups = [group for group in self.catalogue.constant_groups if not group.by_name]
         return self._page(NUMBERS_TITLE, body + self._constant_groups(groups), _TO_INDEX)
 
     def _routine(self, routine):
-        parts = [f"<h3><code>{escape(routine.name)}</code></h3>\n<p>{self._text(routine.summary)}</p>\n"]
+        parts = [f"<h3><code>{escape(routine.name)}</code></h3>\n<p>{self.text(routine.summary)}</p>\n"]
         lines = synopsis(routine)
-        parts.append(self._code(lines, f"Synopsis of {routine.name}"))
-        parts += [f"<p>{self._text(note)}</p>\n" for note in notes(routine)]
+        parts.append(self.code(lines, f"Synopsis of {routine.name}"))
+        parts += [f"<p>{self.text(note)}</p>\n" for note in notes(routine)]
         if routine.args:
             parts.append(self._arguments(routine))
         parts.append("<h4>Description</h4>\n" + self._prose(routine.text, routine.name))
@@ -169,13 +183,13 @@ class _Writer:
             parts.append("<h4>Return value</h4>\n" + kind + self._prose(routine.result_text))
         if routine.errors:
             errors = "".join(
-                f"<dt><code>{escape(e.number)}</code></dt><dd>{self._text(e.when)}</dd>\n" for e in routine.errors
+                f"<dt><code>{escape(e.number)}</code></dt><dd>{self.text(e.when)}</dd>\n" for e in routine.errors
             )
             parts.append(f"<h4>Errors</h4>\n<dl>\n{errors}</dl>\n")
         if routine.example:
-            parts.append("<h4>Example</h4>\n" + self._code(routine.example.strip("\n").split("\n"), "Example"))
+            parts.append("<h4>Example</h4>\n" + self.code(routine.example.strip("\n").split("\n"), "Example"))
         if lines[0].startswith("use ") or "external" in lines[0]:
-            parts.append("<h4>C interface</h4>\n" + self._code(c_synopsis(routine), "Prototype"))
+            parts.append("<h4>C interface</h4>\n" + self.code(c_synopsis(routine), "Prototype"))
         parts.append("<h4>Origin</h4>\n" + self._prose(routine.origin))
         if routine.related:
             links = ", ".join(self._link(name) for name in routine.related)
@@ -214,15 +228,15 @@ class _Writer:
         return f'<section class="entry" id="{page_name(record.name)}">\n{body}</section>\n'
 
     def _record_kind(self, kind):
-        body = f"<h3><code>{escape(kind.page)}</code></h3>\n<p>{self._text(kind.summary)}</p>\n"
-        body += self._code([creation(kind)], f"How to make a {kind.name}")
+        body = f"<h3><code>{escape(kind.page)}</code></h3>\n<p>{self.text(kind.summary)}</p>\n"
+        body += self.code([creation(kind)], f"How to make a {kind.name}")
         body += self._prose(kind.text, kind.page)
         rows = [
             (
                 f"<code>{escape(component.name)}</code>",
                 f"<code>{escape(component_type(component))}</code>",
                 component.access.replace(" ", ", "),
-                self._text(component_capacity(component)),
+                self.text(component_capacity(component)),
                 self._meaning(component),
             )
             for component in reachable(kind)
@@ -236,10 +250,10 @@ class _Writer:
         for group in groups:
             names = [constant.name if group.by_name else constant.parameter for constant in group.names]
             rows = [
-                (f'<code id="{name}">{name}</code>', escape(host_value(constant), quote=False), self._text(constant.text))
+                (f'<code id="{name}">{name}</code>', escape(host_value(constant), quote=False), self.text(constant.text))
                 for name, constant in zip(names, group.names)
             ]
-            body += f"<h3>{self._text(group.title)}</h3>\n" + self._prose(group.text)
+            body += f"<h3>{self.text(group.title)}</h3>\n" + self._prose(group.text)
             body += _table(group.title, ("Name", "Value", "Meaning"), rows)
         return body
 
@@ -249,7 +263,7 @@ class _Writer:
                 f'<code id="{page_name(c.name)}">{escape(c.name)}</code>',
                 f"<code>{escape(c.kind.fortran)}</code>",
                 f"<code>{escape(constant_value(c))}</code>",
-                self._text(c.text),
+                self.text(c.text),
             )
             for c in constants
         ]
@@ -257,9 +271,9 @@ class _Writer:
 
     def _declared(self, name, anchor, declaration, text):
         title = f'<dt id="{escape(anchor)}"><code>{escape(name)}</code></dt>\n'
-        return title + f"<dd>{self._code([declaration], f'Declaration of {name}')}{self._prose(text)}</dd>\n"
+        return title + f"<dd>{self.code([declaration], f'Declaration of {name}')}{self._prose(text)}</dd>\n"
 
-    def _code(self, lines, label):
+    def code(self, lines, label):
         """Scrolls where it is too wide, so a keyboard must be able to reach it."""
         source = escape("\n".join(lines))
         return f'<pre tabindex="0" role="region" aria-label="{escape(label)}"><code>{source}</code></pre>\n'
@@ -267,7 +281,7 @@ class _Writer:
     def _prose(self, text, own_name=None):
         return "".join(f"<p>{self._inline(paragraph, own_name)}</p>\n" for paragraph in paragraphs(text))
 
-    def _text(self, text):
+    def text(self, text):
         return self._inline(spans(text))
 
     def _inline(self, pieces, own_name=None, links=True):
@@ -278,7 +292,7 @@ class _Writer:
         )
 
     def _meaning(self, entry):
-        return self._text(entry.text) + (f", in {escape(entry.unit)}" if entry.unit else "")
+        return self.text(entry.text) + (f", in {escape(entry.unit)}" if entry.unit else "")
 
     def _link(self, name):
         """A name of the catalogue leads to its description."""

@@ -1,7 +1,9 @@
 """The man pages: one a routine, one a record, one of the named constants, and an overview."""
 
 import re
+import sys
 
+from . import guides
 from .entries import page_name
 from .prose import (
     COMPILE,
@@ -41,6 +43,8 @@ def outputs(catalogue, options):
     if catalogue.constant_groups:
         pages[f"man/man3/{CONSTANTS_PAGE}.3f"] = constants_page(catalogue, options)
         pages[f"man/man3/{NUMBERS}.3f"] = numbers_page(catalogue, options)
+    for guide in guides.load(options):
+        pages[f"man/man{guide.section}/{guide.name}.{guide.section}"] = guides.man_page(guide, options, sys.modules[__name__])
     return pages
 
 
@@ -69,16 +73,16 @@ def _paragraphs(text):
     return lines
 
 
-def _verbatim(source):
+def verbatim(source):
     return [".EX"] + [_line(escape(line, True)) for line in source] + [".EE"]
 
 
-def _title(name, section, options):
+def title(name, section, options):
     date, version = escape(options.date), escape(options.version_text)
     return f'.TH "{escape(name.upper(), True)}" "{section}" "{date}" "{version}" "Fortran run\\-time support"'
 
 
-def _heading(name, summary):
+def heading(name, summary):
     # Left-adjusted and without hyphenation: names and code in narrow columns would be torn apart.
     return [".ad l", ".nh", ".SH NAME", f"{_line(escape(name, True))} \\- {inline(spans(summary))}"]
 
@@ -97,7 +101,7 @@ def _page(lines):
 
 
 def routine_page(routine, options):
-    lines = [_title(routine.name, "3f", options)] + _heading(routine.name, routine.summary)
+    lines = [title(routine.name, "3f", options)] + heading(routine.name, routine.summary)
     lines += [".SH SYNOPSIS", ".nf"] + [_line(f"\\fB{escape(s, True)}\\fP" if s else "") for s in synopsis(routine)]
     lines += [".fi"]
     if routine.args:
@@ -115,7 +119,7 @@ def routine_page(routine, options):
         for error in routine.errors:
             lines += _item(f"\\fB{escape(error.number, True)}\\fP", error.when)
     if routine.example:
-        lines += [".SH EXAMPLE"] + _verbatim(routine.example.strip("\n").split("\n"))
+        lines += [".SH EXAMPLE"] + verbatim(routine.example.strip("\n").split("\n"))
     lines += [".SH ORIGIN"] + _paragraphs(routine.origin)
     return _page(lines + _see_also(routine.related))
 
@@ -127,7 +131,7 @@ def _see_also(related):
 
 def record_page(record, catalogue, options):
     users = [r.name for r in catalogue.routines if any(a.kind.record == record.name for a in r.args)]
-    lines = ["'\\\" t", _title(record.name, "3f", options)] + _heading(record.name, "record type")
+    lines = ["'\\\" t", title(record.name, "3f", options)] + heading(record.name, "record type")
     lines += [".SH SYNOPSIS", ".nf", f"\\fBuse qxport, only: {record.name}\\fP", ""]
     lines += [f"\\fBtype({record.name}) :: record\\fP", ".fi"]
     lines += [".SH DESCRIPTION"] + _paragraphs(record.text)
@@ -141,7 +145,7 @@ def record_page(record, catalogue, options):
 
 
 def record_kind_page(kind, catalogue, options):
-    lines = ["'\\\" t", _title(kind.page, "3f", options)] + _heading(kind.page, kind.summary)
+    lines = ["'\\\" t", title(kind.page, "3f", options)] + heading(kind.page, kind.summary)
     lines += [".SH SYNOPSIS", ".nf", "\\fBuse qxport, only: pxfstructcreate\\fP", ""]
     lines += [f"\\fB{escape(creation(kind), True)}\\fP", ".fi"]
     lines += [".SH DESCRIPTION"] + _paragraphs(kind.text)
@@ -161,7 +165,7 @@ def _component(component):
 
 def constants_page(catalogue, options):
     areas = [area for area in catalogue.areas if any(group.by_name for group in area.constant_groups)]
-    lines = [_title(CONSTANTS_PAGE, "3f", options)] + _heading(CONSTANTS_PAGE, "constants that a program knows by name")
+    lines = [title(CONSTANTS_PAGE, "3f", options)] + heading(CONSTANTS_PAGE, "constants that a program knows by name")
     lines += [".SH SYNOPSIS", ".nf", "\\fBuse qxport, only: ipxfconst\\fP", ""]
     lines += ["\\fBivalue = ipxfconst(\\(aqNAME\\(aq)\\fP", ".fi", ".SH DESCRIPTION"] + _paragraphs(CONSTANTS)
     for group in (group for area in areas for group in area.constant_groups if group.by_name):
@@ -170,7 +174,7 @@ def constants_page(catalogue, options):
 
 
 def numbers_page(catalogue, options):
-    lines = [_title(NUMBERS, "3f", options)] + _heading(NUMBERS, NUMBERS_SUMMARY)
+    lines = [title(NUMBERS, "3f", options)] + heading(NUMBERS, NUMBERS_SUMMARY)
     lines += [".SH SYNOPSIS", ".nf", f"\\fB{escape(USE_NUMBERS, True)}\\fP", ".fi", ".SH DESCRIPTION"]
     lines += _paragraphs(NUMBERS_TEXT)
     for group in (group for group in catalogue.constant_groups if not group.by_name):
@@ -192,7 +196,7 @@ def _host_constant(constant):
 
 
 def overview(catalogue, options):
-    lines = [_title("qxport", "7", options)] + _heading("qxport", "run-time support routines for Fortran programs")
+    lines = [title("qxport", "7", options)] + heading("qxport", "run-time support routines for Fortran programs")
     lines += [
         ".SH SYNOPSIS",
         ".nf",
@@ -208,6 +212,11 @@ def overview(catalogue, options):
         ".PP",
         "From C and C++ the routines are declared in \\fB<qxport/qxport.h>\\fP.",
     ]
+    written = guides.load(options)
+    if written:
+        lines.append(".SH GUIDES")
+    for guide in written:
+        lines += _item(f".BR {escape(guide.name, True)} ({guide.section})", guide.summary)
     for area in catalogue.areas:
         lines += _area(area)
     if catalogue.constant_groups:

@@ -1,0 +1,32 @@
+# qxport_module(<target> <module>... [OF <area>...] [NAMES <file>...])
+#
+# Makes modules of the given names by the project's Fortran compiler when the project is configured, and <target>, an
+# INTERFACE library that leads to them:
+#
+#   qxport_module(old_names THEIRS OF compat NAMES names.txt)
+#   target_link_libraries(prog PRIVATE old_names qxport::qxport)
+function(qxport_module target)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "OF;NAMES")
+  if(NOT arg_UNPARSED_ARGUMENTS)
+    message(FATAL_ERROR "qxport_module(${target}): no module is named")
+  endif()
+  find_package(Python3 3.11 REQUIRED COMPONENTS Interpreter)
+  set(directory ${CMAKE_CURRENT_BINARY_DIR}/qxport_modules/${target})
+  set(command ${Python3_EXECUTABLE} ${QXPORT_COMMAND} module ${arg_UNPARSED_ARGUMENTS} --quiet --output ${directory})
+  foreach(area IN LISTS arg_OF)
+    list(APPEND command --of ${area})
+  endforeach()
+  foreach(file IN LISTS arg_NAMES)
+    get_filename_component(file ${file} ABSOLUTE)
+    list(APPEND command --names ${file})
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${file})
+  endforeach()
+  # What the compiler always gets decides on the size of an address.
+  list(APPEND command --compiler "\"${CMAKE_Fortran_COMPILER}\" ${CMAKE_Fortran_FLAGS}")
+  execute_process(COMMAND ${command} RESULT_VARIABLE status OUTPUT_VARIABLE said ERROR_VARIABLE said)
+  if(NOT status EQUAL 0)
+    message(FATAL_ERROR "qxport_module(${target}):\n${said}")
+  endif()
+  add_library(${target} INTERFACE)
+  target_include_directories(${target} INTERFACE ${directory})
+endfunction()

@@ -1,0 +1,37 @@
+"""The command line of `qxport`."""
+
+import argparse
+import sys
+
+from . import module_command
+from .failure import Failure
+
+COMMANDS = {
+    "module": (module_command, "make modules of any name, with the library's routines under any names"),
+}
+
+
+def main(arguments, prefix):
+    try:
+        options = parse(arguments)
+        return options.command.run(options, prefix)
+    except Failure as failure:
+        for line in failure.lines:
+            print(f"qxport: {line}", file=sys.stderr)
+        return failure.status
+    except BrokenPipeError:  # the reader has seen enough
+        sys.stderr.close()
+        return 2
+    except KeyboardInterrupt:
+        return 130
+
+
+def parse(arguments):
+    parser = argparse.ArgumentParser(prog="qxport", description="Brings old Fortran programs to the library.",
+                                     epilog="The page qxport(1) has examples.")
+    commands = parser.add_subparsers(required=True, metavar="COMMAND")
+    for name, (command, summary) in COMMANDS.items():
+        subparser = commands.add_parser(name, help=summary, description=summary[0].upper() + summary[1:] + ".")
+        command.add_arguments(subparser)
+        subparser.set_defaults(command=command)
+    return parser.parse_args(arguments)
