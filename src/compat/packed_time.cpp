@@ -7,17 +7,33 @@
 
 using namespace qxport;
 
+namespace {
+
+constexpr int32_t NO_TIME = -1;
+
+int32_t packed(int32_t year, int32_t month, int32_t day, int32_t hour, int32_t minute, int32_t second) {
+  struct tm fields = {};
+  if (__builtin_sub_overflow(year, 1900, &fields.tm_year) || __builtin_sub_overflow(month, 1, &fields.tm_mon))
+    return NO_TIME;
+  fields.tm_mday = day;
+  fields.tm_hour = hour;
+  fields.tm_min = minute;
+  fields.tm_sec = second;
+  return static_cast<int32_t>(local_instant(fields));
+}
+
+}  // namespace
+
 // CALL PACKTIMEQQ(TIMEDATE, IYR, IMON, IDAY, IHR, IMIN, ISEC)
 void packtimeqq_(int32_t *timedate, const int16_t *iyr, const int16_t *imon, const int16_t *iday,
                  const int16_t *ihr, const int16_t *imin, const int16_t *isec) {
-  struct tm fields = {};
-  fields.tm_year = *iyr - 1900;
-  fields.tm_mon = *imon - 1;
-  fields.tm_mday = *iday;
-  fields.tm_hour = *ihr;
-  fields.tm_min = *imin;
-  fields.tm_sec = *isec;
-  *timedate = static_cast<int32_t>(local_instant(fields));
+  *timedate = packed(*iyr, *imon, *iday, *ihr, *imin, *isec);
+}
+
+// CALL PACKTIMEQQ(TIMEDATE, IYR, IMON, IDAY, IHR, IMIN, ISEC), with INTEGER(4) fields
+void packtimeqqi4_(int32_t *timedate, const int32_t *iyr, const int32_t *imon, const int32_t *iday,
+                   const int32_t *ihr, const int32_t *imin, const int32_t *isec) {
+  *timedate = packed(*iyr, *imon, *iday, *ihr, *imin, *isec);
 }
 
 // CALL UNPACKTIMEQQ(TIMEDATE, IYR, IMON, IDAY, IHR, IMIN, ISEC)
@@ -49,4 +65,6 @@ int32_t setfiletimeqq_(const char *filename, const int32_t *timedate, charlen fi
   return 0;
 }
 
+QXPORT_ALIAS(packtimeqq_)
+QXPORT_ALIAS(packtimeqqi4_)
 QXPORT_ALIAS(setfiletimeqq_)

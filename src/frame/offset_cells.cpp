@@ -4,8 +4,8 @@
 
 #include <atomic>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
+#include <unistd.h>
 
 using namespace qxport;
 
@@ -49,6 +49,37 @@ using ZoneText = uint64_t[ZONE_WORDS];
 
 std::atomic<Zone> zone{Zone::Unknown};
 std::atomic<uint64_t> zone_text[ZONE_WORDS];
+
+// Where TZ was found last, and in which list: to search an environment of a hundred variables takes as long
+// as all the rest. Another variable stands there when one before it has been taken out.
+std::atomic<char **> searched_list{nullptr};
+std::atomic<char **> place_of_zone{nullptr};
+
+constexpr char ZONE_NAME[] = "TZ=";
+constexpr size_t ZONE_NAME_LENGTH = sizeof(ZONE_NAME) - 1;
+
+bool sets_zone(const char *entry) {
+  return entry != nullptr && strncmp(entry, ZONE_NAME, ZONE_NAME_LENGTH) == 0;
+}
+
+// What getenv tells of TZ, or null.
+const char *value_of_zone() {
+  char **const list = environ;
+  // Programs empty the environment also by ending its list at the first entry.
+  if (list == nullptr || *list == nullptr)
+    return nullptr;
+  if (list == searched_list.load(std::memory_order_acquire))
+    if (const char *entry = *place_of_zone.load(std::memory_order_relaxed); sets_zone(entry))
+      return entry + ZONE_NAME_LENGTH;
+  char **place = list;
+  while (*place != nullptr && !sets_zone(*place))
+    ++place;
+  if (*place == nullptr)
+    return nullptr;
+  place_of_zone.store(place, std::memory_order_relaxed);
+  searched_list.store(list, std::memory_order_release);
+  return *place + ZONE_NAME_LENGTH;
+}
 
 bool is_remembered(const ZoneText &text) {
   for (size_t i = 0; i < ZONE_WORDS; ++i)
@@ -94,7 +125,7 @@ bool host_offset_of_cell(int64_t cell, ZoneOffset *offset) {
 
 void qxport::follow_zone() {
   const Zone known = zone.load(std::memory_order_acquire);
-  const char *value = getenv("TZ");
+  const char *value = value_of_zone();
   ZoneText text = {};
   if (value == nullptr) {
     if (known != Zone::System)
@@ -103,11 +134,12 @@ void qxport::follow_zone() {
   }
   const size_t length = strnlen(value, sizeof(text));
   memcpy(text, value, length);
+  if (length < sizeof(text) && (known == Zone::Named || known == Zone::Ruled) && is_remembered(text))
+    return;
   // A rule may say anything, also that daylight saving lasts for an hour: it is not divided into cells. Nor
   // is a text that is too long to be told from another.
   const bool ruled = length == sizeof(text) || memchr(value, ',', length) != nullptr;
-  if (length == sizeof(text) || (known != Zone::Named && known != Zone::Ruled) || !is_remembered(text))
-    take_over(ruled ? Zone::Ruled : Zone::Named, text);
+  take_over(ruled ? Zone::Ruled : Zone::Named, text);
 }
 
 bool qxport::host_fields(time_t instant, struct tm *fields) {

@@ -172,6 +172,8 @@ TEST_F(CompatAllocation, TimesAndSignalsNeedNone) {
   int16_t f[6];
   unpacktimeqq_(&time, &f[0], &f[1], &f[2], &f[3], &f[4], &f[5]);
   packtimeqq_(&time, &f[0], &f[1], &f[2], &f[3], &f[4], &f[5]);
+  const int32_t w[6] = {2023, 7, 15, 12, 0, 0};
+  packtimeqqi4_(&time, &w[0], &w[1], &w[2], &w[3], &w[4], &w[5]);
   const int32_t none = 0;
   raiseqq_(&none);
   signalqq_(&none, nullptr);

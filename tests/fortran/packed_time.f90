@@ -13,6 +13,7 @@ program packed_time
   call check_fields('UTC0', 0, [1970_2, 1_2, 1_2, 0_2, 0_2, 0_2])
   call check_fields('EST5EDT,M3.2.0,M11.1.0', 1689429600, [2023_2, 7_2, 15_2, 10_2, 0_2, 0_2])
   call check_fields('EST5EDT,M3.2.0,M11.1.0', 1673787600, [2023_2, 1_2, 15_2, 8_2, 0_2, 0_2])
+  call check_literals()
   directory = scratch_directory()
   call check_file_times()
   call remove_directory(directory)
@@ -29,8 +30,20 @@ contains
     call check(setenvqq('TZ='//zone), 'set the zone')
     call packtimeqq(packed, fields(1), fields(2), fields(3), fields(4), fields(5), fields(6))
     call check(packed, time, 'packed time')
+    call packtimeqq(packed, int(fields(1), 4), int(fields(2), 4), int(fields(3), 4), int(fields(4), 4), &
+                    int(fields(5), 4), int(fields(6), 4))
+    call check(packed, time, 'packed time of INTEGER(4)')
     call unpacktimeqq(time, shown(1), shown(2), shown(3), shown(4), shown(5), shown(6))
     call check(all(shown == fields), 'fields of a packed time')
+  end subroutine
+
+  subroutine check_literals()
+    integer(4) :: packed
+    call check(setenvqq('TZ=UTC0'), 'set the zone')
+    call packtimeqq(packed, 2000, 2, 29, 12, 30, 45)
+    call check(packed, 951827445, 'packed time of literals')
+    call packtimeqq(packed, 2000, 1, 1, 0, 0, 5142645)
+    call check(packed, 951827445, 'packed time of more seconds than an INTEGER(2) counts')
   end subroutine
 
   subroutine check_file_times()

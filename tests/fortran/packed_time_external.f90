@@ -3,7 +3,7 @@ program packed_time_external
   use checks, only: check, finish
   use scratch, only: scratch_directory, remove_directory
   implicit none
-  external :: packtimeqq, unpacktimeqq
+  external :: packtimeqq, packtimeqqi4, unpacktimeqq
   logical(4), external :: setfiletimeqq, setenvqq
   character(:), allocatable, save :: directory
   integer(2) :: year, month, day, hour, minute, second
@@ -17,6 +17,8 @@ program packed_time_external
   hour = 0
   minute = 0
   second = -1
+  call packtimeqqi4(time, 2000, 2, 29, 12, 30, 45)
+  call check(time, 951827445, 'packed time of INTEGER(4)')
   call packtimeqq(time, year, month, day, hour, minute, second)
   call check(time, 946684799, 'packed time')
   call unpacktimeqq(time, year, month, day, hour, minute, second)

@@ -1,11 +1,14 @@
-! The host's READ, WRITE and FSYNC with failures of the test's own: they stand in front of those that the run-time calls.
+! The host's OPEN, READ, WRITE and FSYNC with failures of the test's own: they stand in front of those that the run-time calls.
 module failing_host
-  use, intrinsic :: iso_c_binding, only: c_int, c_intptr_t, c_loc, c_ptr, c_size_t
+  use, intrinsic :: iso_c_binding, only: c_char, c_int, c_intptr_t, c_loc, c_ptr, c_size_t
   implicit none
   ! The calls of one descriptor fail with an error number, after some that a signal interrupts.
   integer(c_int) :: failing = -1, error = 0, interruptions = 0
   integer(c_int) :: synchronised = -1
   integer :: synchronisations = 0
+  ! So many files will not be opened, with an error number.
+  integer :: refusals = 0
+  integer(c_int) :: refusal = 0
 
   type, bind(C) :: extent
     type(c_ptr) :: address
@@ -16,6 +19,13 @@ module failing_host
     function errno_location() bind(C, name='__errno_location') result(location)
       import :: c_ptr
       type(c_ptr) :: location
+    end function
+    ! On these machines a call of fixed arguments reaches it.
+    function open_at(directory, path, flags, mode) bind(C, name='openat64') result(answer)
+      import :: c_char, c_int
+      integer(c_int), value :: directory, flags, mode
+      character(kind=c_char), intent(in) :: path(*)
+      integer(c_int) :: answer
     end function
     function readv(descriptor, extents, count) bind(C) result(answer)
       import :: c_int, c_intptr_t, extent
@@ -54,6 +64,28 @@ contains
     end if
   end function
 
+  function host_open(path, flags, mode) bind(C, name='open') result(answer)
+    character(kind=c_char), intent(in) :: path(*)
+    integer(c_int), value :: flags, mode
+    integer(c_int) :: answer
+    integer(c_int), parameter :: from_working_directory = -100
+    answer = -1
+    if (refusals > 0) then
+      refusals = refusals - 1
+      call set_errno(refusal)
+    else
+      answer = open_at(from_working_directory, path, flags, mode)
+    end if
+  end function
+
+  ! The same, where sizes of files have another name.
+  function host_open_of_large_files(path, flags, mode) bind(C, name='open64') result(answer)
+    character(kind=c_char), intent(in) :: path(*)
+    integer(c_int), value :: flags, mode
+    integer(c_int) :: answer
+    answer = host_open(path, flags, mode)
+  end function
+
   function host_read(descriptor, buffer, count) bind(C, name='read') result(answer)
     integer(c_int), value :: descriptor
     type(c_ptr), value :: buffer
@@ -87,9 +119,10 @@ end module
 program units_host_errors
   use, intrinsic :: iso_c_binding, only: c_int
   use checks, only: check, finish
-  use failing_host, only: error, failing, interruptions, synchronisations, synchronised
+  use failing_host, only: error, failing, interruptions, refusal, refusals, synchronisations, synchronised
   use scratch, only: remove_directory, scratch_directory
-  use qxport, only: commitqq, flushqq, pxfclose, pxffdopen, pxffflush, pxffgetc, pxffileno, pxffputc, pxfpipe, pxfwrite
+  use qxport, only: commitqq, flushqq, ipxfconst, pxfclose, pxffdopen, pxffflush, pxffgetc, pxffileno, pxffputc, pxfopen, &
+    pxfpipe, pxfwrite
   implicit none
   integer(4), parameter :: eperm = 1, enoent = 2, eio = 5, ebadf = 9, einval = 22, enospc = 28, epipe = 32, erofs = 30
   integer(4), parameter :: reading_errors(6) = [eperm, enoent, eio, ebadf, einval, 4095]
@@ -105,11 +138,63 @@ program units_host_errors
   call writing_a_pipe()
   call writing_files()
   call committing()
+  call connecting_in_vain()
+  call connecting_without_a_name()
   call remove_directory(directory)
   deallocate (directory, path)
   call finish()
 
 contains
+
+  ! The unit is the one on a file, on a pipe, and on a file again where it was connected before.
+  subroutine connecting_in_vain()
+    integer(4), parameter :: errors(6) = [eperm, enoent, 12, 13, 23, 24]
+    integer(4) :: descriptor, writer, ierror
+    integer :: i, j
+    logical :: opened
+    failing = -1
+    do i = 1, size(errors)
+      do j = 1, 3
+        if (j == 2) then
+          call pxfpipe(descriptor, writer, ierror)
+        else
+          call pxfopen(path, 0, ipxfconst('O_RDONLY'), 0, descriptor, ierror)
+        end if
+        call check(ierror, 0, 'a descriptor')
+        if (j == 3) open (41, file=directory // '/other')
+        refusal = errors(i)
+        refusals = huge(refusals)
+        call pxffdopen(descriptor, 41, 'r', ierror)
+        refusals = 0
+        call check(ierror, errors(i), 'the number of an OPEN that failed inside pxffdopen')
+        inquire (41, opened=opened)
+        call check(.not. opened, 'no unit behind it')
+        call pxfclose(descriptor, ierror)
+        call check(ierror, 0, 'the descriptor is still there')
+        if (j == 2) call pxfclose(writer, ierror)
+      end do
+    end do
+  end subroutine
+
+  ! What cannot be opened by its name a second time is connected all the same.
+  subroutine connecting_without_a_name()
+    integer(4) :: descriptor, ierror
+    character(8) :: line
+    open (41, file=path, status='replace')
+    write (41, '(a)') 'a line'
+    close (41)
+    call pxfopen(path, 0, ipxfconst('O_RDONLY'), 0, descriptor, ierror)
+    refusal = 13
+    refusals = 1
+    call pxffdopen(descriptor, 41, 'r', ierror)
+    call check(refusals, 0, 'the file was refused')
+    call check(ierror, 0, 'the unit is connected')
+    call pxfclose(descriptor, ierror)
+    line = ' '
+    read (41, '(a)') line
+    call check(trim(line), 'a line', 'READ of the file')
+    close (41)
+  end subroutine
 
   subroutine open_file(unit, i)
     integer, intent(out) :: unit

@@ -3,11 +3,13 @@
 #include "outcome.h"
 #include "time_zone.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstdlib>
 #include <ostream>
 #include <random>
 #include <thread>
+#include <unistd.h>
 
 using namespace qxport;
 
@@ -201,6 +203,46 @@ TEST(Calendar, FollowsTheEnvironmentFromCallToCall) {
       TimeZone::set(first);
       EXPECT_EQ(local_instant(*localtime(&instant)), instant);
     }
+}
+
+// Variables before TZ, and TZ itself, may come and go, and the list may be another one.
+TEST(Calendar, FollowsTheEnvironmentHoweverItIsChanged) {
+  const TimeZone restored("UTC0");
+  char **const former = environ;
+  char longer[] = "TZX=UTC-9", one[] = "TZ=UTC-1", two[] = "TZ=UTC-2", three[] = "TZ=UTC-3",
+       other[] = "ATZ=UTC-8";
+  char *list[6], *another_list[6];
+  // Where local time is that many hours ahead.
+  const auto expect_hours = [](int hours, std::initializer_list<char *> entries, char **environment) {
+    *std::copy(entries.begin(), entries.end(), environment) = nullptr;
+    environ = environment;
+    struct tm ours = {};
+    ASSERT_TRUE(local_fields(YEAR_2023, &ours));
+    EXPECT_EQ(ours.tm_gmtoff, 3600 * hours);
+    EXPECT_EQ(local_instant(ours), YEAR_2023);
+  };
+  expect_hours(1, {longer, one, two, other}, list);
+  expect_hours(2, {longer, two, other}, list);
+  expect_hours(2, {two, other}, list);
+  expect_hours(3, {longer, other, three}, list);
+  expect_hours(1, {longer, other, one}, another_list);
+  expect_hours(3, {longer, other, three}, list);
+  expect_hours(2, {longer, other, two}, list);
+  two[7] = '5';
+  expect_hours(5, {longer, other, two}, list);
+  two[0] = 'X';
+  expect_hours(1, {longer, other, two, one}, list);
+  two[0] = 'T';
+  expect_hours(5, {longer, other, two, one}, another_list);
+  // Without TZ it is the system's zone, as one call of the host's tells.
+  const time_t instant = YEAR_2023;
+  for (char **environment : {list, another_list, static_cast<char **>(nullptr)}) {
+    environ = environment;
+    if (environment != nullptr)
+      environment[0] = nullptr;
+    expect_as_host(instant);
+  }
+  environ = former;
 }
 
 // A program may tell the host of another zone, and take it back without a word.

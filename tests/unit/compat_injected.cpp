@@ -1,11 +1,11 @@
 // Routines of the qq family above host calls that fail as a test wants, and above a run-time of the test's
 // own.
 #include "contract/services.h"
+#include "injected_host.h"
 #include "outcome.h"
 
 #include <csignal>
 #include <cstdlib>
-#include <optional>
 #include <ostream>
 #include <sys/select.h>
 #include <sys/stat.h>
@@ -15,8 +15,6 @@
 
 namespace {
 
-std::vector<std::string> calls;
-std::optional<int> host_error;
 int waits_interrupted, wait_error, answer_of_system;
 int32_t answer_of_establish;
 std::vector<void *> established;
@@ -37,16 +35,6 @@ void note_state() {
   states_of_calls.push_back(
       {interrupt.sa_handler == SIG_IGN, quit.sa_handler == SIG_IGN, sigismember(&mask, SIGCHLD) == 1});
 }
-
-int host_call(const std::string &call) {
-  calls.push_back(call);
-  if (!host_error)
-    return 0;
-  errno = *host_error;
-  return -1;
-}
-
-constexpr int ERRORS[] = {0, EPERM, ENOENT, EIO, ENOMEM, EACCES, EFAULT, EBUSY, EXDEV, EROFS, ELOOP, 4095};
 
 }  // namespace
 

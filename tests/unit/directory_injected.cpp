@@ -1,26 +1,13 @@
 // CHDIR, UNLINK, RENAME and GETCWD above host calls that fail as a test wants.
+#include "injected_host.h"
 #include "outcome.h"
 
 #include <cstdio>
-#include <optional>
 #include <unistd.h>
 
 namespace {
 
-// The error number of the next host calls, or nothing for calls that succeed.
-std::optional<int> host_error;
-std::vector<std::string> calls;
 size_t getcwd_size;
-
-int host_call(const std::string &call) {
-  calls.push_back(call);
-  if (!host_error)
-    return 0;
-  errno = *host_error;
-  return -1;
-}
-
-constexpr int ERRORS[] = {0, EPERM, ENOENT, EIO, ENOMEM, EACCES, EFAULT, EBUSY, EXDEV, EROFS, ELOOP, 4095};
 
 }  // namespace
 

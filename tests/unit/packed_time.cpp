@@ -2,6 +2,7 @@
 #include "outcome.h"
 #include "time_zone.h"
 
+#include <array>
 #include <climits>
 #include <ctime>
 #include <ostream>
@@ -138,6 +139,46 @@ TEST(PackedTime, RandomFields) {
       EXPECT_EQ(packed(fields), static_cast<int32_t>(packed_by_host(fields))) << fields;
     }
   }
+}
+
+using WideFields = std::array<int32_t, 6>;
+
+int32_t packed_wide(const WideFields &f) {
+  int32_t time = SENTINEL;
+  packtimeqqi4_(&time, &f[0], &f[1], &f[2], &f[3], &f[4], &f[5]);
+  return time;
+}
+
+TEST(PackedTime, WideFieldsAreAsTheHostCountsThem) {
+  const TimeZone zone("Asia/Kathmandu");
+  std::mt19937 random(32);
+  const auto any_of = [&](int32_t least, int32_t most) {
+    return std::uniform_int_distribution<int32_t>(least, most)(random);
+  };
+  for (int i = 0; i < 20000; ++i) {
+    const int32_t far = i % 2 == 0 ? 100'000 : INT32_MAX / 2;
+    const WideFields f = {any_of(1900, 2037), any_of(-30, 30),   any_of(-far, far),
+                          any_of(-far, far),  any_of(-far, far), any_of(-far, far)};
+    struct tm t = {};
+    t.tm_year = f[0] - 1900;
+    t.tm_mon = f[1] - 1;
+    t.tm_mday = f[2];
+    t.tm_hour = f[3];
+    t.tm_min = f[4];
+    t.tm_sec = f[5];
+    t.tm_isdst = -1;
+    ASSERT_EQ(packed_wide(f), static_cast<int32_t>(mktime(&t)))
+        << f[0] << ' ' << f[1] << ' ' << f[2] << ' ' << f[3] << ' ' << f[4] << ' ' << f[5];
+  }
+}
+
+TEST(PackedTime, WideFieldsOfNoYearAreMinusOne) {
+  const TimeZone zone("UTC0");
+  EXPECT_EQ(packed_wide({1970, 1, 1, 0, 0, 0}), 0);
+  EXPECT_EQ(packed_wide({INT32_MIN, 1, 1, 0, 0, 0}), -1);
+  EXPECT_EQ(packed_wide({INT32_MIN + 1899, 1, 1, 0, 0, 0}), -1);
+  EXPECT_EQ(packed_wide({INT32_MIN + 1900, 0, 1, 0, 0, 0}), -1);
+  EXPECT_EQ(packed_wide({2000, INT32_MIN, 1, 0, 0, 0}), -1);
 }
 
 TEST(PackedTime, ErrorStateIsLeftAlone) {

@@ -3,6 +3,7 @@
 #include "in_child.h"
 #include "ordinary_user.h"
 #include "outcome.h"
+#include "pseudo_terminal.h"
 #include "record_calls.h"
 
 #include <csignal>
@@ -340,21 +341,7 @@ TEST(Ctermid, IsTheHosts) {
 
 class Terminal : public testing::Test {
 protected:
-  void SetUp() override {
-    ASSERT_GE(master_, 0);
-    ASSERT_EQ(grantpt(master_), 0);
-    ASSERT_EQ(unlockpt(master_), 0);
-    name_ = ptsname(master_);
-    slave_ = open(name_.c_str(), O_RDWR | O_NOCTTY);
-    ASSERT_GE(slave_, 0);
-  }
-  void TearDown() override {
-    close(slave_);
-    close(master_);
-  }
-  const int master_ = posix_openpt(O_RDWR | O_NOCTTY);
-  int slave_ = -1;
-  std::string name_;
+  const PseudoTerminal terminal_;
 };
 
 auto name_of_terminal(int32_t fd) {
@@ -364,7 +351,7 @@ auto name_of_terminal(int32_t fd) {
 }
 
 TEST_F(Terminal, NameIsTheDevices) {
-  expect_name(name_of_terminal(slave_), name_, succeeded(), refused(CUT, ERANGE));
+  expect_name(name_of_terminal(terminal_.descriptor()), terminal_.name(), succeeded(), refused(CUT, ERANGE));
 }
 
 TEST_F(Terminal, NoTerminalHasNoNameAndTheVariablesStay) {
@@ -392,8 +379,8 @@ Answer is_terminal(int32_t fd) {
 }
 
 TEST_F(Terminal, IsattyAnswers1) {
-  EXPECT_EQ(is_terminal(slave_), (Answer{1, 0}));
-  EXPECT_EQ(is_terminal(master_), (Answer{1, 0}));
+  EXPECT_EQ(is_terminal(terminal_.descriptor()), (Answer{1, 0}));
+  EXPECT_EQ(is_terminal(terminal_.master()), (Answer{1, 0}));
 }
 
 TEST_F(Terminal, IsattyOfAnythingElseIs0WithoutAnError) {

@@ -2,6 +2,7 @@
 // (Locks that are waited for stand with PXFFCNTL, reads and writes of descriptors with PXFREAD and PXFWRITE.)
 #include "interruptions.h"
 #include "posix_calls.h"
+#include "pseudo_terminal.h"
 
 #include "contract/services.h"
 
@@ -126,10 +127,8 @@ TEST(Interrupted, WriteOfAUnitGoesOn) {
 
 // Output that nobody reads on the other side. Some hosts wait for it to be read, others count it as sent.
 TEST(Interrupted, WaitForATerminalsOutputIsTheHosts) {
-  const int master = posix_openpt(O_RDWR | O_NOCTTY);
-  ASSERT_EQ(grantpt(master), 0);
-  ASSERT_EQ(unlockpt(master), 0);
-  const int terminal = open(ptsname(master), O_RDWR | O_NOCTTY);
+  const PseudoTerminal pseudo_terminal;
+  const int terminal = pseudo_terminal.descriptor();
   ASSERT_EQ(write(terminal, "unread", 6), 6);
   const OwnedRecord record("termios");
   ASSERT_EQ(call(pxftcgetattr_, terminal, record), succeeded());
@@ -141,8 +140,6 @@ TEST(Interrupted, WaitForATerminalsOutputIsTheHosts) {
   EXPECT_EQ(set, interrupted([&] {
               return as_the_host([&] { return tcsetattr(terminal, TCSADRAIN, &attributes); });
             }));
-  close(terminal);
-  close(master);
 }
 
 }  // namespace

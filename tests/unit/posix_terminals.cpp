@@ -1,5 +1,6 @@
 // The routines of terminals, on pseudo-terminals, against the host's own calls.
 #include "posix_calls.h"
+#include "pseudo_terminal.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -19,16 +20,9 @@ constexpr speed_t SPEEDS[] = {B0,    B50,   B75,   B110,  B134,   B150,   B200, 
 
 class Terminal : public testing::Test {
 protected:
-  Terminal() {
-    EXPECT_GE(master_, 0);
-    EXPECT_EQ(grantpt(master_), 0);
-    EXPECT_EQ(unlockpt(master_), 0);
-    terminal_ = open(ptsname(master_), O_RDWR | O_NOCTTY);
-    EXPECT_GE(terminal_, 0);
-    EXPECT_EQ(pipe(pipe_), 0);
-  }
+  Terminal() { EXPECT_EQ(pipe(pipe_), 0); }
   ~Terminal() override {
-    for (const int fd : {master_, terminal_, pipe_[0], pipe_[1]})
+    for (const int fd : pipe_)
       close(fd);
   }
 
@@ -47,8 +41,9 @@ protected:
     EXPECT_EQ(tcsetattr(terminal_, TCSANOW, &raw), 0);
   }
 
-  const int master_ = posix_openpt(O_RDWR | O_NOCTTY);
-  int terminal_;
+  const PseudoTerminal pseudo_terminal_;
+  const int master_ = pseudo_terminal_.master();
+  const int terminal_ = pseudo_terminal_.descriptor();
   int pipe_[2];
 };
 

@@ -1,39 +1,13 @@
 // ISATTY and TTYNAM on terminals, files and what is neither.
 #include "contract/services.h"
 #include "outcome.h"
+#include "pseudo_terminal.h"
 
 #include <cstdlib>
 #include <fcntl.h>
 #include <unistd.h>
 
 namespace {
-
-// A pseudo-terminal, its user's side open.
-class Terminal {
-public:
-  Terminal() : master_(posix_openpt(O_RDWR | O_NOCTTY)) {
-    EXPECT_GE(master_, 0);
-    EXPECT_EQ(grantpt(master_), 0);
-    EXPECT_EQ(unlockpt(master_), 0);
-    name_ = ptsname(master_);
-    descriptor_ = open(name_.c_str(), O_RDWR | O_NOCTTY);
-    EXPECT_GE(descriptor_, 0) << name_;
-  }
-  ~Terminal() {
-    close(descriptor_);
-    close(master_);
-  }
-  Terminal(const Terminal &) = delete;
-  Terminal &operator=(const Terminal &) = delete;
-
-  const std::string &name() const { return name_; }
-  int descriptor() const { return descriptor_; }
-
-private:
-  int master_;
-  int descriptor_;
-  std::string name_;
-};
 
 // One of the standard streams, replaced for the scope.
 class Redirected {
@@ -119,7 +93,7 @@ void connect_closed() {
 }
 
 TEST(Isatty, TerminalIs1) {
-  const Terminal terminal;
+  const PseudoTerminal terminal;
   connect(terminal.descriptor(), TERMINAL_UNIT);
   EXPECT_EQ(isatty_of(TERMINAL_UNIT), (Outcome{1, untouched()}));
 }
@@ -146,7 +120,7 @@ TEST(Isatty, ClosedDescriptorIsNoneAndNotRecorded) {
 }
 
 TEST(Isatty, Units5And6And0AreTheStandardStreams) {
-  const Terminal terminal;
+  const PseudoTerminal terminal;
   const int streams[][2] = {{5, STDIN_FILENO}, {6, STDOUT_FILENO}, {0, STDERR_FILENO}};
   const int null = open("/dev/null", O_RDWR);
   for (const auto &[unit, stream] : streams) {
@@ -166,20 +140,20 @@ TEST(Isatty, Units5And6And0AreTheStandardStreams) {
 }
 
 TEST(Ttynam, NameIsBlankPadded) {
-  const Terminal terminal;
+  const PseudoTerminal terminal;
   connect(terminal.descriptor(), TERMINAL_UNIT);
   expect_ttynam(TERMINAL_UNIT, {padded(terminal.name(), 64), untouched()});
   expect_ttynam(TERMINAL_UNIT, {padded(terminal.name(), 1000), untouched()});
 }
 
 TEST(Ttynam, ExactLengthIsEnough) {
-  const Terminal terminal;
+  const PseudoTerminal terminal;
   connect(terminal.descriptor(), TERMINAL_UNIT);
   expect_ttynam(TERMINAL_UNIT, {terminal.name(), untouched()});
 }
 
 TEST(Ttynam, LongerNameIsCutWithEinval) {
-  const Terminal terminal;
+  const PseudoTerminal terminal;
   connect(terminal.descriptor(), TERMINAL_UNIT);
   expect_ttynam(TERMINAL_UNIT, {terminal.name().substr(0, terminal.name().size() - 1), status_only(EINVAL)});
   expect_ttynam(TERMINAL_UNIT, {"/", status_only(EINVAL)});
@@ -217,7 +191,7 @@ TEST(Ttynam, LongestResultOfAFunctionIsServed) {
 }
 
 TEST(Ttynam, Units5And6And0AreTheStandardStreams) {
-  const Terminal terminal;
+  const PseudoTerminal terminal;
   const int streams[][2] = {{5, STDIN_FILENO}, {6, STDOUT_FILENO}, {0, STDERR_FILENO}};
   for (const auto &[unit, stream] : streams) {
     Name name;

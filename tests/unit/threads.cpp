@@ -2,6 +2,7 @@
 // whole process, and where they take turns.
 #include "file_search.h"
 #include "outcome.h"
+#include "pseudo_terminal.h"
 #include "record_calls.h"
 #include "together.h"
 
@@ -52,32 +53,6 @@ std::string posix_environment_value(const std::string &name) {
   pxfgetenv_(name.data(), &name_length, value, &length, &ierror, length_of_name(name), sizeof(value));
   return ierror == 0 ? std::string(value, static_cast<size_t>(length)) : "(error)";
 }
-
-// A pseudo-terminal, its user's side open.
-class Terminal {
-public:
-  Terminal() : master_(posix_openpt(O_RDWR | O_NOCTTY)) {
-    EXPECT_EQ(grantpt(master_), 0);
-    EXPECT_EQ(unlockpt(master_), 0);
-    name_ = ptsname(master_);
-    descriptor_ = open(name_.c_str(), O_RDWR | O_NOCTTY);
-    EXPECT_GE(descriptor_, 0) << name_;
-  }
-  ~Terminal() {
-    close(descriptor_);
-    close(master_);
-  }
-  Terminal(const Terminal &) = delete;
-  Terminal &operator=(const Terminal &) = delete;
-
-  const std::string &name() const { return name_; }
-  int32_t descriptor() const { return descriptor_; }
-
-private:
-  int master_;
-  int descriptor_;
-  std::string name_;
-};
 
 }  // namespace
 
@@ -318,7 +293,7 @@ TEST(Threads, AskForTheLocalTimeInTurns) {
 }
 
 TEST(Threads, AskForTheNamesOfTerminalsInTurns) {
-  const Terminal terminals[THREADS];
+  const PseudoTerminal terminals[THREADS];
   take_turns([&](int thread, int) {
     const int32_t descriptor = terminals[thread].descriptor();
     char name[64];
