@@ -4,7 +4,7 @@ find_package(Python3 3.11 REQUIRED COMPONENTS Interpreter)
 include(BuildDate)
 
 set(QXPORT_GENERATED ${PROJECT_BINARY_DIR}/generated)
-file(GLOB catalogue_files CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/api/*.toml)
+file(GLOB catalogue_files CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/api/*.toml ${PROJECT_SOURCE_DIR}/api/tasks/*.f90)
 file(GLOB guide_files CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)
 file(GLOB generator_files CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tools/qxapi/*.py)
 set(QXPORT_APIGEN ${Python3_EXECUTABLE} ${PROJECT_SOURCE_DIR}/tools/apigen.py --api ${PROJECT_SOURCE_DIR}/api)

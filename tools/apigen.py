@@ -67,7 +67,7 @@ def parse(arguments):
     parser.add_argument("--api", type=Path, required=True, help="the catalogue's directory")
     parser.add_argument("--out", type=Path, help="where the outputs go")
     parser.add_argument("--target", choices=("64", "32"), default="64", help="width of an address")
-    parser.add_argument("--only", type=kinds_of_output, default=list(WRITERS), 
+    parser.add_argument("--only", type=kinds_of_output, default=list(WRITERS),
                         help=f"a list of the outputs to make, of {', '.join(WRITERS)}")
     parser.add_argument("--guides", type=Path, help="the directory of the guides, which become pages of the reference")
     parser.add_argument("--version-text", default="unversioned")

@@ -70,7 +70,7 @@ class Command(CatalogueCase):
         sample.write_text(sample.read_text().replace("Does `it`, or `everything`.", "Does `it`."))
         self.generate()
         touched = sorted(name for name, path in self.made().items() if path.stat().st_mtime_ns != 1)
-        self.assertEqual(touched, ["html/sample.html", "man/man3/plain.3f", "share/catalogue.json"])
+        self.assertEqual(touched, ["html/index.html", "html/sample.html", "man/man3/plain.3f", "share/catalogue.json"])
 
 
 if __name__ == "__main__":

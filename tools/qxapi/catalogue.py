@@ -4,7 +4,7 @@ import tomllib
 from dataclasses import dataclass, field
 from pathlib import Path
 
-from . import checks, schema
+from . import checks, front, schema
 from .bindings import with_bindings
 from .entries import PREFIX, alias_symbol, module_names
 from .kinds import Kind, parse_kind
@@ -130,9 +130,23 @@ class Area:
         return bool(self.constants or self.records or variables or self.offered(target))
 
 
+@dataclass(frozen=True)
+class Family:
+    name: str
+    title: str
+    text: str
+    areas: tuple[Area, ...]
+
+    @property
+    def module(self):
+        return f"{PREFIX}{self.name}"
+
+
 @dataclass
 class Catalogue:
-    areas: list[Area] = field(default_factory=list)
+    areas: list[Area] = field(default_factory=list)  # in the order of the reference
+    families: list[Family] = field(default_factory=list)
+    tasks: list[front.Task] = field(default_factory=list)
 
     def _all(self, what):
         return [entry for area in self.areas for entry in getattr(area, what)]
@@ -178,7 +192,7 @@ class CatalogueError(Exception):
 
 def load(directory):
     """Reads and validates every file of the catalogue; raises CatalogueError with all problems found."""
-    paths = sorted(Path(directory).glob("*.toml"))
+    paths = sorted(path for path in Path(directory).glob("*.toml") if path.name != front.FILE)
     if not paths:
         raise CatalogueError([f"{directory}: catalogue: there is no *.toml file"])
     problems, tables = [], []
@@ -193,7 +207,13 @@ def load(directory):
     problems += checks.problems(tables)
     if problems:
         raise CatalogueError(list(dict.fromkeys(problems)))
-    return Catalogue([_area(table) for _, table in tables])
+    try:
+        families, tasks = front.load(directory, [table["area"] for _, table in tables])
+    except front.FrontError as error:
+        raise CatalogueError([str(error)]) from error
+    areas = {table["area"]["name"]: _area(table) for _, table in tables}
+    found = [Family(f["name"], f["title"], f["text"], tuple(areas[name] for name in f["areas"])) for f in families]
+    return Catalogue([area for family in found for area in family.areas], found, tasks)
 
 
 def _area(table):

@@ -1,9 +1,11 @@
-"""The HTML reference: one page an area, and an index of all names. It works from a file, without any server."""
+"""The HTML reference: a front page with a search, one page an area, one of tasks. It works from a file, without any server."""
 
+import json
 from html import escape
 
 from . import guides
 from .entries import page_name
+from .front import TASKS
 from .html_assets import SEARCH, STYLE
 from .prose import (
     COMPILE,
@@ -13,6 +15,7 @@ from .prose import (
     NUMBERS_TEXT,
     NUMBERS_TITLE,
     USE_NUMBERS,
+    blocks,
     c_synopsis,
     component_capacity,
     component_type,
@@ -21,7 +24,7 @@ from .prose import (
     field_type,
     host_value,
     notes,
-    paragraphs,
+    plain,
     reachable,
     spans,
     synopsis,
@@ -29,7 +32,7 @@ from .prose import (
 from .records import CONSTANTS_PAGE, NUMBERS
 
 
-_TO_INDEX = '<nav aria-label="Site"><a href="index.html">All areas</a></nav>\n'
+_TO_INDEX = '<nav aria-label="Site"><a href="index.html">Reference</a></nav>\n'
 
 
 def outputs(catalogue, options):
@@ -37,28 +40,30 @@ def outputs(catalogue, options):
     pages = {"html/index.html": writer.index(), "html/style.css": STYLE}
     pages |= {f"html/{area.name}.html": writer.area(area) for area in catalogue.areas}
     pages |= {f"html/{guide.page}": writer.guide(guide) for guide in writer.guides}
+    if catalogue.tasks:
+        pages[f"html/{TASKS}.html"] = writer.tasks()
     return pages | ({f"html/{NUMBERS}.html": writer.numbers()} if catalogue.constant_groups else {})
 
 
 def _names(catalogue):
-    """(name, place, what it is, a few words) of every entry."""
+    """(name, place, what it is, a few words, further words to search in) of every entry."""
     for area in catalogue.areas:
-        for name, anchor, what, text in _names_of_area(area):
-            yield name, f"{area.name}.html#{anchor}", what, text
+        for name, anchor, what, text, *words in _names_of_area(area):
+            yield name, f"{area.name}.html#{anchor}", what, text, " ".join(words)
     if catalogue.constant_groups:
-        yield NUMBERS, f"{NUMBERS}.html", "module", NUMBERS_SUMMARY
+        yield NUMBERS, f"{NUMBERS}.html", "module", NUMBERS_SUMMARY, ""
     for constant in (c for group in catalogue.constant_groups if not group.by_name for c in group.names):
-        yield constant.parameter, f"{NUMBERS}.html#{constant.parameter}", "constant", constant.text
+        yield constant.parameter, f"{NUMBERS}.html#{constant.parameter}", "constant", constant.text, ""
 
 
 def _names_of_area(area):
-    """(name, anchor, what it is, a few words) of what its page describes."""
+    """(name, anchor, what it is, a few words[, further words]) of what its page describes."""
     for routine in area.routines:
-        yield routine.name, page_name(routine.name), "routine", routine.summary
+        yield routine.name, page_name(routine.name), "routine", routine.summary, routine.text, area.title
     for record in area.records:
-        yield record.name, page_name(record.name), "type", f"record of {record.bytes} bytes"
+        yield record.name, page_name(record.name), "type", f"record of {record.bytes} bytes", record.text
     for kind in area.record_kinds:
-        yield kind.page, kind.page, "record", kind.summary
+        yield kind.page, kind.page, "record", kind.summary, kind.text
     groups = [group for group in area.constant_groups if group.by_name]
     if groups:
         yield CONSTANTS_PAGE, CONSTANTS_PAGE, "constants", "all that a program knows by name"
@@ -80,35 +85,41 @@ class _Writer:
         self.options = options
         self.guides = guides.load(options)
         self.places = {}
-        for name, place, _, _ in _names(catalogue):
+        for name, place, *_ in _names(catalogue):
             self.places.setdefault(name, place)
 
     def index(self):
-        areas = "".join(
-            f'<li><a href="{area.name}.html">{escape(area.title)}</a></li>\n' for area in self.catalogue.areas
-        )
+        families = "".join(self._family(family) for family in self.catalogue.families)
         if self.catalogue.constant_groups:
-            areas += f'<li><a href="{NUMBERS}.html">{NUMBERS_TITLE}</a></li>\n'
-        names = sorted(
-            _names(self.catalogue),
-            key=lambda entry: (entry[0].lower(), entry[1]),
+            families += (f'<section class="family">\n<h2>{NUMBERS_TITLE}</h2>\n<p>{escape(NUMBERS_SUMMARY.capitalize())}: '
+                         f'<a href="{NUMBERS}.html"><code>{NUMBERS}</code></a>.</p>\n</section>\n')
+        names = sorted(_names(self.catalogue), key=lambda entry: (entry[0].lower(), entry[1]))
+        items = "".join(self._index_item(name, place, what, text) for name, place, what, text, _ in names)
+        items += "".join(
+            f'<li data-name=""><a href="{TASKS}.html#{task.name}">{self._inline(spans(task.title), links=False)}</a> '
+            '<span class="muted">task</span></li>\n' for task in self.catalogue.tasks
         )
-        items = "".join(self._index_item(*entry) for entry in names)
+        words = [plain(words).lower() for *_, words in names]
+        words += [plain(task.text).lower() for task in self.catalogue.tasks]
+        data = json.dumps(words).replace("/", "\\/")  # no tag ends the script
+        start = ""
+        if self.catalogue.tasks:
+            start = (f'<p>Where to start: <a href="{TASKS}.html">the page of tasks</a> has whole programs for what programs '
+                     "often do, from deleting a file to catching Ctrl-C.</p>\n")
         body = f"""<h1>Fortran run-time support: reference</h1>
-<p>A program that uses the module <code>qxport</code> is built with</p>
-<pre><code>{escape(COMPILE)}</code></pre>
-{self._guides()}<h2>Areas</h2>
-<ul>
-{areas}</ul>
-<h2>All names</h2>
 <form id="search-form" role="search">
-<label for="name-search">Search by name</label>
+<label for="name-search">Search names and texts</label>
 <input type="search" id="name-search" autocomplete="off" spellcheck="false">
 </form>
 <p id="name-count" class="muted" role="status"></p>
+<div id="front">
+{start}<p>A program that uses the module <code>qxport</code> is built with</p>
+{self.code([COMPILE], "How to build")}{self._guides()}{families}<h2>All names</h2>
+</div>
 <ul id="name-index" class="names">
 {items}</ul>
 <script>
+var WORDS = {data};
 {SEARCH}</script>
 """
         return self._page("Reference", body, nav="")
@@ -124,11 +135,26 @@ class _Writer:
         head, *body = [[self.text(cell) for cell in row] for row in rows]
         return _table(caption.replace("`", ""), head, body)
 
+    def _family(self, family):
+        areas = "".join(f'<li><a href="{area.name}.html">{escape(area.title)}</a></li>\n' for area in family.areas)
+        return (f'<section class="family">\n<h2>{escape(family.title)}</h2>\n<p>{self.text(family.text)}</p>\n'
+                f'<ul class="areas">\n{areas}</ul>\n</section>\n')
+
+    def tasks(self):
+        listed = "".join(f'<li><a href="#{task.name}">{self._inline(spans(task.title), links=False)}</a></li>\n'
+                         for task in self.catalogue.tasks)
+        body = f"<h1>Tasks</h1>\n<p>Each is a whole program. It is built with</p>\n{self.code([COMPILE], 'How to build')}"
+        body += f'<ul class="names">\n{listed}</ul>\n'
+        for task in self.catalogue.tasks:
+            body += f'<section class="entry" id="{task.name}">\n<h2>{self._inline(spans(task.title), links=False)}</h2>\n'
+            body += self._prose(task.text) + self.code(task.program.split("\n"), f"Program {task.name}") + "</section>\n"
+        return self._page("Tasks", body, _TO_INDEX)
+
     def _index_item(self, name, place, what, text):
-        first = self._inline(paragraphs(text)[0], links=False)
+        first = next((content for kind, content in blocks(text) if kind == "paragraph"), [])
         return (
             f'<li data-name="{escape(name.lower())}"><a href="{escape(place)}"><code>{escape(name)}</code></a> '
-            f'<span class="muted">{what}</span> {first}</li>\n'
+            f'<span class="muted">{what}</span> {self._inline(first, links=False)}</li>\n'
         )
 
     def area(self, area):
@@ -279,7 +305,14 @@ class _Writer:
         return f'<pre tabindex="0" role="region" aria-label="{escape(label)}"><code>{source}</code></pre>\n'
 
     def _prose(self, text, own_name=None):
-        return "".join(f"<p>{self._inline(paragraph, own_name)}</p>\n" for paragraph in paragraphs(text))
+        return "".join(self._block(what, content, own_name) for what, content in blocks(text))
+
+    def _block(self, what, content, own_name):
+        if what == "code":
+            return self.code(content, "Code")
+        if what == "list":
+            return "<ul>\n" + "".join(f"<li>{self._inline(item, own_name)}</li>\n" for item in content) + "</ul>\n"
+        return f"<p>{self._inline(content, own_name)}</p>\n"
 
     def text(self, text):
         return self._inline(spans(text))

@@ -41,31 +41,63 @@ input[type=search] {
   width: 100%; max-width: 30rem; padding: .5rem .7rem; font: inherit; color: inherit;
   background: var(--panel); border: 1px solid var(--muted); border-radius: .4rem;
 }
+.family h2 { border-bottom: 0; font-size: 1.15rem; margin: 1.2em 0 .2em; }
+.family p { margin: .2em 0; }
+.areas { display: flex; flex-wrap: wrap; gap: .1rem 1.2rem; list-style: none; padding: 0; margin: .2em 0; }
+[hidden] { display: none; }
 .names { list-style: none; padding: 0; }
 .names li { padding: .15rem 0; }
-.names li[hidden] { display: none; }
 .muted, footer { color: var(--muted); }
 footer { margin-top: 3rem; border-top: 1px solid var(--line); padding-top: .5rem; font-size: .9rem; }
 """
 
-SEARCH = """\
+SEARCH = r"""
 (function () {
   var input = document.getElementById('name-search');
   var count = document.getElementById('name-count');
-  var items = Array.prototype.slice.call(document.querySelectorAll('#name-index li'));
+  var front = document.getElementById('front');
+  var list = document.getElementById('name-index');
+  var entries = Array.prototype.map.call(list.children, function (item, place) {
+    return {
+      item: item, place: place, name: item.dataset.name, line: item.textContent.toLowerCase(), words: WORDS[place],
+      kind: /^(routine|task|type|record)$/.test(item.querySelector('.muted').textContent) ? 20 : -20
+    };
+  });
+  /* What a word and its other forms begin with: "directories" and "directory", "deleting" and "delete". */
+  function stem(word) {
+    return word.length < 5 ? word : word.replace(/(ies|ing|ed|es|s|e|y)$/, '');
+  }
+  function begins(text, part) {
+    var at = text.indexOf(part);
+    while (at > 0 && /[a-z0-9]/.test(text.charAt(at - 1))) at = text.indexOf(part, at + 1);
+    return at >= 0;
+  }
+  function score(entry, word) {
+    var part = stem(word);
+    if (entry.name === word) return 100;
+    if (begins(entry.line, part)) return entry.name.indexOf(word) === 0 ? 50 : 40;
+    if (begins(entry.words, part)) return 10;
+    return entry.name.indexOf(word) >= 0 ? 5 : 0;
+  }
   function show() {
-    var wanted = input.value.trim().toLowerCase(), shown = 0;
-    items.forEach(function (item) {
-      item.hidden = item.dataset.name.indexOf(wanted) < 0;
-      if (!item.hidden) shown += 1;
+    var wanted = input.value.toLowerCase().split(/\s+/).filter(Boolean), shown = 0;
+    entries.forEach(function (entry) {
+      var scores = wanted.map(function (word) { return score(entry, word); });
+      entry.item.hidden = scores.indexOf(0) >= 0;
+      entry.score = entry.item.hidden ? 0 : scores.reduce(function (sum, one) { return sum + one; }, entry.kind);
+      if (!entry.item.hidden) shown += 1;
     });
-    count.textContent = shown + (shown === 1 ? ' name' : ' names');
+    front.hidden = wanted.length > 0;
+    entries.slice().sort(function (a, b) {
+      return (wanted.length ? b.score - a.score : 0) || a.place - b.place;
+    }).forEach(function (entry) { list.appendChild(entry.item); });
+    count.textContent = wanted.length ? shown + (shown === 1 ? ' entry' : ' entries') : '';
   }
   input.addEventListener('input', show);
   document.getElementById('search-form').addEventListener('submit', function (event) {
     event.preventDefault();
-    var first = items.filter(function (item) { return !item.hidden; })[0];
-    if (first && input.value.trim()) window.location.href = first.querySelector('a').getAttribute('href');
+    var first = list.querySelector('li:not([hidden]) a');
+    if (first && input.value.trim()) window.location.href = first.getAttribute('href');
   });
   show();
 })();

@@ -8,6 +8,7 @@ from .entries import page_name
 from .prose import (
     COMPILE,
     CONSTANTS,
+    blocks,
     NUMBERS_SUMMARY,
     NUMBERS_TEXT,
     NUMBERS_TITLE,
@@ -21,7 +22,6 @@ from .prose import (
     host_value,
     mentions,
     notes,
-    paragraphs,
     reachable,
     spans,
     synopsis,
@@ -33,6 +33,8 @@ _ESCAPES = {"\\": "\\e", "'": "\\(aq", "`": "\\(ga", "^": "\\(ha", "~": "\\(ti",
 
 def outputs(catalogue, options):
     pages = {"man/man7/qxport.7": overview(catalogue, options)}
+    if catalogue.tasks:
+        pages["man/man7/qxport_tasks.7"] = tasks_page(catalogue, options)
     for area in catalogue.areas:
         for routine in area.routines:
             pages[f"man/man3/{page_name(routine.name)}.3f"] = routine_page(routine, options)
@@ -65,11 +67,17 @@ def inline(pieces):
     return _line("".join(f"\\fB{escape(t, True)}\\fP" if code else escape(t) for code, t in pieces))
 
 
-def _paragraphs(text):
+def _paragraphs(text, between=".PP"):
     lines = []
-    for number, paragraph in enumerate(paragraphs(text)):
-        lines += [".PP"] if number else []
-        lines.append(inline(paragraph))
+    for number, (what, content) in enumerate(blocks(text)):
+        if what == "code":
+            lines += [between, ".RS 4"] + verbatim(content) + [".RE"]
+        elif what == "list":
+            for item in content:
+                lines += [".IP \\(bu 2", inline(item)]
+        else:
+            lines += [between] if number else []
+            lines.append(inline(content))
     return lines
 
 
@@ -89,11 +97,7 @@ def heading(name, summary):
 
 def _item(tag, text):
     """A tagged paragraph; further paragraphs of the text keep the indent."""
-    lines = [".TP", tag]
-    for number, paragraph in enumerate(paragraphs(text)):
-        lines += [".IP"] if number else []
-        lines.append(inline(paragraph))
-    return lines
+    return [".TP", tag] + _paragraphs(text, ".IP")
 
 
 def _page(lines):
@@ -206,15 +210,17 @@ def overview(catalogue, options):
         ".fi",
         ".SH DESCRIPTION",
         "The module \\fBqxport\\fP has an interface of every routine that is listed below; each area and each family",
-        "of areas has a module of its own besides. Since they bring many names, a program lists those that it uses",
-        "with \\fBonly:\\fP.",
+        "has one of its own. Since they bring many names, a program lists those that it uses with \\fBonly:\\fP.",
         "A routine can also be called without the module, as an external procedure of the same name.",
-        ".PP",
         "From C and C++ the routines are declared in \\fB<qxport/qxport.h>\\fP.",
     ]
+    if catalogue.tasks:
+        lines += [".PP", "Where to start: \\fBqxport_tasks\\fP(7) has whole programs for what programs often do."]
+    for family in catalogue.families:
+        lines += _item(f"\\fB{escape(family.title)}\\fP (\\fB{family.module}\\fP)", family.text)
     written = guides.load(options)
     if written:
-        lines.append(".SH GUIDES")
+        lines.append(".SS Guides")
     for guide in written:
         lines += _item(f".BR {escape(guide.name, True)} ({guide.section})", guide.summary)
     for area in catalogue.areas:
@@ -223,6 +229,15 @@ def overview(catalogue, options):
         lines += [f'.SH "{NUMBERS_TITLE.upper()}"'] + _paragraphs(NUMBERS_TEXT)
         lines += _item(f".BR {NUMBERS} (3f)", NUMBERS_SUMMARY)
     return _page(lines)
+
+
+def tasks_page(catalogue, options):
+    lines = [title("qxport_tasks", "7", options)] + heading("qxport_tasks", "programs for what programs often do")
+    lines += [".SH DESCRIPTION", "Each is a whole program, built with", ".PP", f"\\fB{escape(COMPILE, True)}\\fP"]
+    for task in catalogue.tasks:
+        lines += [f'.SH "{escape(task.title.upper())}"'] + (_paragraphs(task.text) + [".PP"] if task.text else [])
+        lines += verbatim(task.program.split("\n"))
+    return _page(lines + [".SH SEE ALSO", ".BR qxport (7)"])
 
 
 def _area(area):

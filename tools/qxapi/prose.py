@@ -23,12 +23,26 @@ the program is compiled. All names under `constants` are in the module, without 
 those below. The module is not part of `qxport`, because programs have long declared such names themselves.
 """
 USE_NUMBERS = "use qxport_numbers, only: F_WRLCK, O_CREAT, SEEK_SET, SIGINT, ENOENT"
+CODE_INDENT = "    "
 INTENTS = {"in": "input", "out": "output", "inout": "input and output", "none": "input, may be written"}
 
 
-def paragraphs(text):
-    """The paragraphs of a text, each a list of (is_code, words)."""
-    return [spans(part) for part in re.split(r"\n\s*\n", text.strip())]
+def blocks(text):
+    """A text as (what, content): a "paragraph" of spans, a "list" of items, each spans, or lines of "code"."""
+    found = []
+    for part in re.split(r"\n[ \t]*\n", text.strip("\n")):
+        if all(line.startswith(CODE_INDENT) for line in part.split("\n")):
+            found.append(("code", [line[len(CODE_INDENT):].rstrip() for line in part.split("\n")]))
+        elif part.startswith("- "):
+            found.append(("list", [spans(item) for item in re.split(r"(?:^|\n)- ", part)[1:]]))
+        elif part.strip():
+            found.append(("paragraph", spans(part)))
+    return found
+
+
+def plain(text):
+    """The words of a text in one line, without markup."""
+    return " ".join(text.replace("`", "").split())
 
 
 def spans(text):
@@ -121,6 +135,8 @@ def notes(routine):
         found.append(f"It is not in the Fortran module: {_sentence(routine.module_why)}")
     for family in routine.families:
         found.append(f"The module `{PREFIX}{family}` has it too.")
+    if routine.generic and any(argument.intent == "out" for argument in routine.args):
+        found.append("In the module the outputs are INTENT(INOUT): what a failure leaves alone keeps its value.")
     if routine.generic in INTRINSICS:
         found.append(f"GNU Fortran has an intrinsic procedure `{routine.generic}` of its own, and may take that one without "
                      "a word for a call that does not fit this interface: arguments of another kind, another number of "

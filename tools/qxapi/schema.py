@@ -3,11 +3,11 @@
 import re
 
 from .entries import ENTRIES, MAX_NAME, PREFIX, SYMBOL, entry_name, fortran_name, keys
+from .front import FAMILIES
 from .kinds import parse_kind
 from .record_schema import constant_group_reasons, record_reasons
 from .routine_schema import routine_reasons
 
-FAMILIES = ("frame", "posix", "portability", "compat", "core")
 LIBRARIES = ("qxport", "qxcore")
 
 
