@@ -148,6 +148,66 @@ integer function gnu_count_characters(unit)
   end do
 end function
 
+! The same as functions, to the end of the file or for a number of characters.
+integer function qx_read_characters(unit)
+  use qxport, only: fgetc, fseek
+  implicit none
+  integer, intent(in) :: unit
+  character :: ch
+  qx_read_characters = 0
+  if (fseek(unit, 0, 0) /= 0) return
+  do while (fgetc(unit, ch) == 0)
+    qx_read_characters = qx_read_characters + 1
+  end do
+end function
+
+integer function gnu_read_characters(unit)
+  implicit none
+  integer, intent(in) :: unit
+  intrinsic :: fgetc, fseek
+  character :: ch
+  integer :: status
+  gnu_read_characters = 0
+  call fseek(unit, 0, 0, status)
+  if (status /= 0) return
+  do while (fgetc(unit, ch) == 0)
+    gnu_read_characters = gnu_read_characters + 1
+  end do
+end function
+
+integer function qx_write_characters(unit, count)
+  use qxport, only: fputc, fseek
+  implicit none
+  integer, intent(in) :: unit, count
+  qx_write_characters = 0
+  if (fseek(unit, 0, 0) /= 0) return
+  do while (qx_write_characters < count)
+    if (fputc(unit, 'x') /= 0) return
+    qx_write_characters = qx_write_characters + 1
+  end do
+end function
+
+integer function gnu_write_characters(unit, count)
+  implicit none
+  integer, intent(in) :: unit, count
+  intrinsic :: fputc, fseek
+  integer :: status
+  gnu_write_characters = 0
+  call fseek(unit, 0, 0, status)
+  if (status /= 0) return
+  do while (gnu_write_characters < count)
+    if (fputc(unit, 'x') /= 0) return
+    gnu_write_characters = gnu_write_characters + 1
+  end do
+end function
+
+subroutine open_for_writing(unit, path)
+  implicit none
+  integer, intent(in) :: unit
+  character(*), intent(in) :: path
+  open (unit, file=path, action='write', status='replace')
+end subroutine
+
 subroutine open_for_reading(unit, path)
   implicit none
   integer, intent(in) :: unit

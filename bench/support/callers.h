@@ -25,6 +25,11 @@ int32_t qx_rindex_(const char *text, const char *part, size_t text_len, size_t p
 int32_t gnu_index_back_(const char *text, const char *part, size_t text_len, size_t part_len);
 int32_t qx_count_characters_(const int32_t *unit);
 int32_t gnu_count_characters_(const int32_t *unit);
+int32_t qx_read_characters_(const int32_t *unit);
+int32_t gnu_read_characters_(const int32_t *unit);
+int32_t qx_write_characters_(const int32_t *unit, const int32_t *count);
+int32_t gnu_write_characters_(const int32_t *unit, const int32_t *count);
+void open_for_writing_(const int32_t *unit, const char *path, size_t path_len);
 void open_for_reading_(const int32_t *unit, const char *path, size_t path_len);
 int32_t open_new_unit_for_reading_(const char *path, size_t path_len);
 void qx_idate_(int32_t *values);

@@ -121,8 +121,8 @@ program units_host_errors
   use checks, only: check, finish
   use failing_host, only: error, failing, interruptions, refusal, refusals, synchronisations, synchronised
   use scratch, only: remove_directory, scratch_directory
-  use qxport, only: commitqq, flushqq, ipxfconst, pxfclose, pxffdopen, pxffflush, pxffgetc, pxffileno, pxffputc, pxfopen, &
-    pxfpipe, pxfwrite
+  use qxport, only: commitqq, errsns, fgetc, flush, flushqq, fputc, fseek, getlasterror, getpos, ierrno, ipxfconst
+  use qxport, only: pxfclose, pxffdopen, pxffflush, pxffgetc, pxffileno, pxffputc, pxfopen, pxfpipe, pxfwrite
   implicit none
   integer(4), parameter :: eperm = 1, enoent = 2, eio = 5, ebadf = 9, einval = 22, enospc = 28, epipe = 32, erofs = 30
   integer(4), parameter :: reading_errors(6) = [eperm, enoent, eio, ebadf, einval, 4095]
@@ -207,12 +207,23 @@ contains
     call pxffileno(unit, failing, error)
   end subroutine
 
+  ! What FGETC and FPUTC make of every failure.
+  subroutine check_einval(answer, last, what)
+    integer(4), intent(in) :: answer, last
+    character(*), intent(in) :: what
+    integer(4) :: io, number, status, unit, condition
+    call check(answer, einval, what)
+    call check(last, einval, what // ': errno')
+    call check(ierrno(), einval, what // ': ierrno')
+    call errsns(io, number, status, unit, condition)
+    call check(number, einval, what // ': errsns')
+  end subroutine
+
   ! A failed read is never the end of the file, and leaves the unit as it was.
   subroutine check_failed_reads(unit, expected, what)
     integer, intent(in) :: unit
-    character, intent(in) :: expected
-    character(*), intent(in) :: what
-    integer(4) :: ierror
+    character(*), intent(in) :: expected, what
+    integer(4) :: ierror, last
     integer :: i
     character :: next
     do i = 1, size(reading_errors)
@@ -220,14 +231,19 @@ contains
       next = '#'
       call pxffgetc(unit, next, ierror)
       call check(ierror, -max(error, 3), what // ': a failed read')
+      ierror = fgetc(unit, next)
+      last = getlasterror()
+      call check_einval(ierror, last, what // ': a read that failed')
       call check(next, '#', what // ': its character')
     end do
     error = 0
     interruptions = 2
     call pxffgetc(unit, next, ierror)
     call check(ierror, 0, what // ': an interrupted read')
-    call check(next, expected, what // ': its character')
+    call check(next, expected(1:1), what // ': its character')
     call check(interruptions, 0, what // ': it was interrupted')
+    call check(fgetc(unit, next), 0, what // ': the next')
+    call check(next, expected(2:2), what // ': the next character')
   end subroutine
 
   subroutine reading_files()
@@ -237,7 +253,7 @@ contains
     close (unit)
     do i = 1, size(accesses)
       call open_file(unit, i)
-      call check_failed_reads(unit, 'a', trim(accesses(i)) // ' ' // trim(forms(i)))
+      call check_failed_reads(unit, 'ab', trim(accesses(i)) // ' ' // trim(forms(i)))
       close (unit)
     end do
   end subroutine
@@ -248,14 +264,14 @@ contains
     call pxfwrite(writer, 'abc', 3, count, ierror)
     call pxffdopen(reader, 21, 'r', ierror)
     call pxffileno(21, failing, ierror)
-    call check_failed_reads(21, 'a', 'a pipe')
+    call check_failed_reads(21, 'ab', 'a pipe')
     close (21)
     call pxfclose(reader, ierror)
     call pxfclose(writer, ierror)
   end subroutine
 
   subroutine writing_a_pipe()
-    integer(4) :: reader, writer, ierror
+    integer(4) :: reader, writer, ierror, last
     integer :: i
     character :: next
     call pxfpipe(reader, writer, ierror)
@@ -266,14 +282,22 @@ contains
       error = writing_errors(i)
       call pxffputc(22, 'x', ierror)
       call check(ierror, -error, 'a failed write')
+      ierror = fputc(22, 'x')
+      last = getlasterror()
+      call check_einval(ierror, last, 'a write that failed')
     end do
     error = 0
     interruptions = 2
     call pxffputc(22, 'y', ierror)
     call check(ierror, 0, 'an interrupted write')
     call check(interruptions, 0, 'it was interrupted')
+    interruptions = 2
+    call check(fputc(22, 'z'), 0, 'an interrupted write of fputc')
+    call check(interruptions, 0, 'it was interrupted too')
     call pxffgetc(21, next, ierror)
     call check(next, 'y', 'what came through')
+    call check(fgetc(21, next), 0, 'fgetc of a pipe')
+    call check(next, 'z', 'what came through next')
     close (21)
     close (22)
     call pxfclose(reader, ierror)
@@ -299,6 +323,10 @@ contains
       end if
       answer = flushqq(unit)
       call check(.not. answer, 'flushqq that cannot write')
+      call flush(unit)  ! which tells nothing
+      call check(fseek(unit, 0, 0), -eio, 'fseek that cannot write')
+      call check(ierrno(), -eio, 'its ierrno')
+      call check(getpos(unit), 1, 'it moves nothing')
       synchronisations = 0
       answer = commitqq(unit)
       call check(.not. answer, 'commitqq that cannot write')

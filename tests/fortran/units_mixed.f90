@@ -1,10 +1,11 @@
-! The unit routines mixed at random with READ, WRITE, INQUIRE, BACKSPACE, REWIND and CLOSE, over files of every access and
-! form, against a model of the file's bytes. The seeds are fixed; a failure tells its sequence.
+! The unit routines of both families mixed at random with READ, WRITE, INQUIRE, BACKSPACE, REWIND and CLOSE, over files of
+! every access and form, against a model of the file's bytes. The seeds are fixed; a failure tells its sequence.
 program units_mixed
   use, intrinsic :: iso_fortran_env, only: int64
   use checks, only: check, finish
   use scratch, only: remove_directory, scratch_directory
-  use qxport, only: flushqq, pxffdopen, pxffflush, pxffgetc, pxffileno, pxffputc, pxffseek, pxfftell
+  use qxport, only: fgetc, flush, flushqq, fputc, fseek, fseeki8, ftell, ftelli8, getpos, getposi8, ierrno
+  use qxport, only: pxffdopen, pxffflush, pxffgetc, pxffileno, pxffputc, pxffseek, pxfftell
   implicit none
   integer, parameter :: ebadf = 9, einval = 22, eend = -1, most = 40000, steps = 30, sequences = 5000
   integer, parameter :: text_file = 1, scratch_file = 2, text_stream = 3, byte_stream = 4, text_direct = 5
@@ -205,31 +206,48 @@ contains
       inquire (unit, pos=pos)
       call expect_number(int(pos), place + 1, 'INQUIRE (POS=)')
     end if
-    if (random(3) > 0) return
-    call pxfftell(unit, offset, ierror)
-    call expect_number(ierror, 0, 'IERROR of pxfftell')
-    call expect_number(offset, place, 'pxfftell')
+    select case (random(15))
+    case (0)
+      call pxfftell(unit, offset, ierror)
+      call expect_number(ierror, 0, 'IERROR of pxfftell')
+      call expect_number(offset, place, 'pxfftell')
+    case (1)
+      call expect_number(ftell(unit), place, 'ftell')
+    case (2)
+      call expect_number(int(ftelli8(unit)), place, 'ftelli8')
+    case (3)
+      call expect_number(getpos(unit), place, 'getpos')
+    case (4)
+      call expect_number(int(getposi8(unit)), place, 'getposi8')
+    end select
   end subroutine
 
+  ! Each character by a routine of either family.
   subroutine get_characters(count)
     integer, intent(in) :: count
-    integer(4) :: ierror
+    integer(4) :: ierror, refusal
     integer :: i
     character :: next
     call note('get characters', count)
     do i = 1, count
       next = '#'
-      call pxffgetc(unit, next, ierror)
+      if (random(2) == 0) then
+        call pxffgetc(unit, next, ierror)
+        refusal = -ebadf
+      else
+        ierror = fgetc(unit, next)
+        refusal = einval
+      end if
       if (.not. readable()) then
-        call expect_number(ierror, -ebadf, 'pxffgetc of a unit for writing')
+        call expect_number(ierror, refusal, 'a character of a unit for writing')
         call expect_number(iachar(next), iachar('#'), 'its character')
       else if (place < size) then
         place = place + 1
-        call expect_number(ierror, 0, 'IERROR of pxffgetc')
-        call expect_number(iachar(next), iachar(bytes(place:place)), 'pxffgetc')
+        call expect_number(ierror, 0, 'the answer to a character read')
+        call expect_number(iachar(next), iachar(bytes(place:place)), 'the character')
         writing = .false.
       else
-        call expect_number(ierror, eend, 'IERROR of pxffgetc at the end')
+        call expect_number(ierror, eend, 'the answer at the end')
         call expect_number(iachar(next), iachar('#'), 'its character')
         began_record = .false.
         writing = .false.
@@ -239,18 +257,24 @@ contains
 
   subroutine put_characters(count)
     integer, intent(in) :: count
-    integer(4) :: ierror
+    integer(4) :: ierror, refusal
     integer :: i
     character :: next
     call note('put characters', count)
     do i = 1, count
       next = achar(iachar('A') + random(26))
       if (random(5) == 0) next = newline
-      call pxffputc(unit, next, ierror)
-      if (.not. writable()) then
-        call expect_number(ierror, -ebadf, 'pxffputc of a unit for reading')
+      if (random(2) == 0) then
+        call pxffputc(unit, next, ierror)
+        refusal = -ebadf
       else
-        call expect_number(ierror, 0, 'IERROR of pxffputc')
+        ierror = fputc(unit, next)
+        refusal = einval
+      end if
+      if (.not. writable()) then
+        call expect_number(ierror, refusal, 'a character for a unit for reading')
+      else
+        call expect_number(ierror, 0, 'the answer to a character written')
         call put(next)
         writing = .true.
         if (kind == text_stream) began_record = .false.
@@ -269,7 +293,7 @@ contains
 
   subroutine seek()
     integer :: whence, offset, origin, target
-    integer(4) :: ierror
+    integer(4) :: ierror, refusal
     whence = random(4)
     origin = 0
     if (whence == 1) origin = place
@@ -287,12 +311,23 @@ contains
     end select
     offset = target - origin
     call note('seek to', target)
-    call pxffseek(unit, offset, whence, ierror)
+    refusal = -einval
+    select case (random(4))
+    case (0, 1)
+      call pxffseek(unit, offset, whence, ierror)
+      refusal = einval
+    case (2)
+      ierror = fseek(unit, offset, whence)
+      call expect_number(ierrno(), ierror, 'what ierrno tells of fseek')
+    case (3)
+      ierror = fseeki8(unit, int(offset, int64), whence)
+      call expect_number(ierrno(), ierror, 'what ierrno tells of fseeki8')
+    end select
     if (target < 0 .or. whence == 3) then
-      call expect_number(ierror, einval, 'IERROR of pxffseek that is refused')
+      call expect_number(ierror, refusal, 'the answer to a seek that is refused')
       return
     end if
-    call expect_number(ierror, 0, 'IERROR of pxffseek')
+    call expect_number(ierror, 0, 'the answer to a seek')
     place = target
     behind_end = .false.
     began_record = .false.
@@ -526,7 +561,7 @@ contains
   subroutine flush_it()
     integer(4) :: ierror, descriptor
     logical :: flushed
-    select case (random(3))
+    select case (random(4))
     case (0)
       call note('flushqq', 0)
       flushed = flushqq(unit)
@@ -539,6 +574,9 @@ contains
       call pxffileno(unit, descriptor, ierror)
       call pxffdopen(descriptor, unit, ' ', ierror)
       call expect_number(ierror, 0, 'pxffdopen of the unit''s own descriptor')
+    case (3)
+      call note('flush', 0)
+      call flush(unit)
     end select
   end subroutine
 

@@ -77,6 +77,25 @@ call ttynam(6, name)
 CALLS
 }
 
+# What is a function through the module is none of the intrinsic subroutines of the same name.
+subroutines_are_refused() {
+  local call
+  while read -r call; do
+    printf '%s\n' 'use qxport' 'character(1) :: ch' 'integer :: status' "$call" end >call.f90
+    if "$FC" "${target_flags[@]}" "${fortran_flags[@]}" -fsyntax-only call.f90 >call.log 2>&1; then
+      fail "$call is taken for an intrinsic"
+    fi
+  done <<'CALLS'
+call fgetc(5, ch)
+call fgetc(5, ch, status)
+call fputc(6, 'x')
+call fputc(6, 'x', status)
+call fseek(6, 0, 0)
+call fseek(6, 0, 0, status)
+call ftell(6, status)
+CALLS
+}
+
 wrong_argument_is_named() {
   "$PYTHON" "$SOURCE_DIR/tests/link/wrong_calls.py" "$SOURCE_DIR/api" aliases "$FC" "${target_flags[@]}" \
     "${fortran_flags[@]}" | expect_empty 'wrong calls'
@@ -88,4 +107,5 @@ no_archive_has_a_plain_name
 wrong_argument_is_named
 names_of_intrinsics_are_told
 standard_keeps_intrinsics_out
+subroutines_are_refused
 finish
