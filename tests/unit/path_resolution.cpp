@@ -95,6 +95,16 @@ TEST_F(PathResolution, ExistingPathsOfEachLengthNearTheLimit) {
   }
 }
 
+// The longest leading part that is looked up has 1023 characters; a link at its end shows whether it was.
+TEST_F(PathResolution, LinkAtTheEndOfALongLeadingPart) {
+  const std::string path = path_of_length(tree.path(), RESOLVED_LIMIT - 1);
+  const std::string directory = made_directory(tree, path.rfind('/'));
+  ASSERT_EQ(directory + path.substr(directory.size()), path);
+  const WorkingDirectory inside_it(directory);
+  ASSERT_EQ(symlink((tree / "other").c_str(), path.substr(directory.size() + 1).c_str()), 0);
+  EXPECT_EQ(resolved(path + "/x"), tree / "other/x");
+}
+
 TEST_F(PathResolution, MissingPathsOfAllLengths) {
   for (const size_t length : {1022, 1023, 1024, 1025, 4095, 4096, 5000}) {
     const std::string one = "/" + std::string(length - 1, 'n');
