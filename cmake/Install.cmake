@@ -18,6 +18,7 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/ DESTINATION share/doc/qxport/e
 install(PROGRAMS ${PROJECT_SOURCE_DIR}/porting/qxport DESTINATION bin)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/porting/qxporting DESTINATION share/qxport/python FILES_MATCHING PATTERN "*.py")
 install(FILES ${QXPORT_GENERATED}/share/catalogue.json ${PROJECT_SOURCE_DIR}/porting/catalogue.schema.json
+        ${PROJECT_SOURCE_DIR}/porting/doctor.schema.json
         ${PROJECT_SOURCE_DIR}/porting/README.md DESTINATION share/qxport)
 
 # One file a provider: qxport.pc names the run-time of the compiler that the library was built with.

@@ -4,6 +4,7 @@ import argparse
 import sys
 
 from . import module_command
+from .doctor import command as doctor_command
 from .failure import Failure
 
 COMMANDS = {
@@ -13,6 +14,8 @@ COMMANDS = {
 
 def main(arguments, prefix):
     try:
+        if arguments[:1] == ["doctor"]:  # what it hands on to the compiler is no option of its own
+            return doctor_command.run(arguments[1:], prefix)
         options = parse(arguments)
         return options.command.run(options, prefix)
     except Failure as failure:
@@ -34,4 +37,5 @@ def parse(arguments):
         subparser = commands.add_parser(name, help=summary, description=summary[0].upper() + summary[1:] + ".")
         command.add_arguments(subparser)
         subparser.set_defaults(command=command)
+    commands.add_parser("doctor", help="tell what stands between a program and the library", add_help=False)
     return parser.parse_args(arguments)

@@ -20,6 +20,8 @@ def add_arguments(parser):
     parser.add_argument("--of", action="append", default=[], metavar="AREA",
                         help="what of the library: families and areas, a list or several options; all (but the host's numbers), "
                              "or none (default: all)")
+    parser.add_argument("--without", action="append", default=[], metavar="NAME",
+                        help="names of the library that the program has for something else; a list or several options")
     parser.add_argument("--names", action="append", default=[], type=Path, metavar="FILE",
                         help="the program's own names, a line `THEIRS = ours` each")
     parser.add_argument("--output", "-o", type=Path, default=Path("."), metavar="DIRECTORY",
@@ -32,7 +34,8 @@ def add_arguments(parser):
 def run(options, prefix):
     catalogue = catalogues.load(Path(prefix, "share/qxport"))
     areas = [area for text in options.of for area in text.split(",") if area] or [EVERYTHING]
-    contents = choose(catalogue, options.modules, areas, renamings(options.names))
+    without = [name for text in options.without for name in text.split(",") if name]
+    contents = choose(catalogue, options.modules, areas, renamings(options.names), without)
     compiler = Compiler(options.compiler)
     made = make(options.modules, contents, catalogue.version, compiler, Path(prefix, "include/qxport"), options.output)
     if not options.quiet:

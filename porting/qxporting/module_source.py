@@ -49,10 +49,12 @@ def module_name_problems(names):
     return problems
 
 
-def choose(catalogue, modules, areas, renamings):
+def choose(catalogue, modules, areas, renamings, without=()):
     """What the modules have; raises Failure with all that speaks against it."""
     problems = module_name_problems(modules)
     own = _own(catalogue, areas, problems)
+    for name in sorted(name for name in without if not own.pop(name.lower(), None)):
+        problems.append(f"--without {name}: the module has no such name")
     contents = Contents(list(own.values()), [], [])
     records = {}
     for renaming in renamings:

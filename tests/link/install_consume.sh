@@ -37,7 +37,7 @@ promised_files_are_there() {
   for file in lib/libqxportmt.{so,a} lib/libqxportmt.so.1 lib/libqxcoremt_{gnu,posix}.{so,a} \
     lib/libqxcoremt_{gnu,posix}.so.1 include/qxport/qxport.{h,mod,f90} include/qxport/qxport_numbers.{mod,f90} lib/pkgconfig/qxport.pc \
     lib/cmake/qxport/qxportConfig{,Version}.cmake share/man/man3/access.3f share/doc/qxport/html/index.html \
-    share/doc/qxport/LICENSE bin/qxport share/qxport/{catalogue.json,catalogue.schema.json,README.md} \
+    share/doc/qxport/LICENSE bin/qxport share/qxport/{catalogue.json,catalogue.schema.json,doctor.schema.json,README.md} \
     share/man/man1/qxport.1; do
     [[ -s $prefix/$file ]] || fail "$file is not installed"
   done
@@ -149,6 +149,8 @@ PROGRAM
   "$FC" "${target_flags[@]}" -Iported_modules -o ported ported.f90 "-L$installed/lib" -lqxportmt -lqxcoremt_gnu ||
     fail "no program with a module made from $installed"
   runs_installed "$installed" ./ported
+  "$installed/bin/qxport" doctor --names names.txt "$FC" "${target_flags[@]}" -- ported.f90 >doctor.log && fail 'no module is missing'
+  grep -q 'old_names: no source makes this module' doctor.log || fail "the doctor of $installed does not see what is missing"
   [[ $(find "$installed" | sort) == "$before" ]] || fail "the command wrote into $installed"
 }
 

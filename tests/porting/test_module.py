@@ -64,6 +64,12 @@ class Modules(Installed):
         self.write("other.f90", "use some, only: access\nend\n")
         self.assertIn("not found in module", self.compiled("-Imods", "other.f90"))
 
+    def test_without(self):
+        self.module("most", "--without", "access,SORTQQ", "--without", "stat", "-o", "mods")
+        self.write("own.f90", "use most\ninteger :: access(3), stat, sortqq\naccess(1) = stat + sortqq\nend\n")
+        self.assertEqual(self.compiled("-Imods", "own.f90"), "")
+        self.assertIn("--without nothing: the module has no such name", self.module("other", "--without", "nothing", status=1))
+
     def test_family_has_the_routines_of_others(self):
         self.module("desktop", "--of", "compat", "-o", "mods")
         self.write("guest.f90", "use desktop, only: flushqq, commitqq\nend\n")

@@ -1,0 +1,277 @@
+"""What of all that the compiler said and the objects want is in the way, and what to do about it."""
+
+import re
+from collections import defaultdict
+from dataclasses import asdict, dataclass
+
+from . import intrinsics
+
+TO_DO, NOTE = "to do", "note"
+
+
+@dataclass
+class Finding:
+    kind: str
+    weight: str  # TO_DO or NOTE
+    file: str
+    line: int
+    unit: str
+    name: str
+    what: str
+    advice: str
+    edit: dict | None = None  # a line to insert: file, after_line, text
+
+    def as_json(self):
+        return asdict(self)
+
+
+class Judge:
+    def __init__(self, catalogue):
+        self.catalogue = catalogue
+        self.routines = {}  # by the name that a call has
+        self.ours = {}  # symbol -> routine
+        for symbol, routine in catalogue.symbols.items():
+            self.ours[symbol] = routine
+            if symbol.endswith("_"):
+                self.routines[symbol[:-1]] = routine
+            if routine["module"]:
+                self.ours.setdefault(routine["module"]["symbol"], routine)
+        self.findings, self._told = [], set()
+        self.served = defaultdict(lambda: defaultdict(set))  # file -> unit -> names
+
+    # What the objects want.
+
+    def wants(self, compiled, looked, tree, defined):
+        """The places of one object; `defined` is what its programs define themselves."""
+        source, told = compiled.source, set()
+        for place in looked.places:
+            symbol, unit = place.symbol, self._unit(source, place.unit, tree)
+            key = symbol, unit, place.line
+            if key in told or symbol in defined:
+                continue
+            told.add(key)
+            if routine := self.ours.get(symbol):
+                self.served[str(source.path)][unit].add(routine["name"])
+            elif (name := intrinsics.name_of(symbol)) and f"{name}_" in self.ours:
+                self._intrinsic(source, place, unit, name, tree)
+            elif symbol.endswith("_") and not symbol.startswith("_"):
+                self._nobody(source, place.line, unit, symbol.removesuffix("_"), tree)
+
+    def _unit(self, source, unit, tree):
+        if unit == "MAIN__" and tree:
+            return next((u.name for u in tree.units.values() if u.is_main), "main program")
+        return unit
+
+    def _intrinsic(self, source, place, unit, name, tree):
+        differs, matters = intrinsics.DIFFERENCES.get(name, (None, False))
+        if ("intrinsic", str(source.path), unit, name) in self._told:
+            return  # once in each unit
+        self._told.add(("intrinsic", str(source.path), unit, name))
+        symbol = tree.find(unit, name) if tree else None
+        if not differs:
+            self.tell("intrinsic", NOTE, source, place.line, unit, name, "the compiler took its own intrinsic, which answers the "
+                       "same", "nothing")
+            return
+        self.tell("intrinsic", TO_DO if matters else NOTE, source, place.line, unit, name, f"the compiler took its own intrinsic; {differs}",
+                   f"where the program means the library's: `use qxport, only: {name}` in the unit, or EXTERNAL {name} with "
+                   "its type, or -std=f2018 where the source is standard otherwise", self._use(source, unit, name, symbol, place.line))
+
+    def misfit(self, source, message, name, tree):
+        """A call that the compiler refuses because it takes it for its own intrinsic."""
+        unit = max((u for u in source.units.values() if u.line <= message.line), key=lambda u: u.line, default=None)
+        unit = unit.name if unit else ""
+        self.tell("intrinsic", TO_DO, source, message.line, unit, name, "the compiler took its own intrinsic, which the call does not "
+                  f"fit: {intrinsics.DIFFERENCES.get(name, (message.text, True))[0]}",
+                  f"`use qxport, only: {name}` in the unit, or EXTERNAL {name} with its type",
+                  self._use(source, unit, name, tree.find(unit, name) if tree else None, message.line))
+
+    def _nobody(self, source, line, unit, name, tree):
+        near = self.catalogue.nearest(name)
+        symbol = tree.find(unit, name) if tree else None
+        what = "nobody defines it"
+        if symbol and symbol.is_undeclared:
+            what += f"; nothing declares it, so it was taken for a function of type {symbol.base.upper()}: is it an array?"
+        advice = f"near in the library: {', '.join(near)}" if near else "write it, link what has it, or name what of the library " \
+            "it is in a names file"
+        self.tell("nobody", TO_DO, source, line, unit, name, what, advice)
+
+    # What the calls hand over.
+
+    def calls(self, compiled, looked, tree, trees, defined):
+        """The calls of the library's routines by name in one source; `trees` are the dumps of its programs, its own first."""
+        lines = defaultdict(list)
+        for place in looked.places if looked else []:
+            lines[place.unit, place.symbol].append(place.line)
+        for unit in tree.units.values():
+            for call in unit.calls:
+                routine = self.routines.get(call.name)
+                if not routine or routine["symbol"] in defined or not self._is_external(unit, call):
+                    continue
+                there = lines["MAIN__" if unit.is_main else unit.name, routine["symbol"]]
+                line = there.pop(0) if there else 0
+                self._arguments(compiled.source, unit, call, routine, line, trees)
+                self._result(compiled.source, unit, call, routine, line)
+
+    def _is_external(self, unit, call):
+        """A procedure that a module or an interface declares has been checked by the compiler."""
+        symbol = call.procedure
+        return symbol is not None and not symbol.formal and not symbol.attributes & _CHECKED
+
+    def _arguments(self, source, unit, call, routine, line, trees):
+        wanted = routine["arguments"]
+        needed = [argument for argument in wanted if not argument["optional"]]
+        if not len(needed) <= len(call.arguments) <= len(wanted):
+            self.tell("argument-count", TO_DO, source, line, unit.name, call.name,
+                       f"{len(call.arguments)} arguments, and the library's takes {_range(len(needed), len(wanted))}",
+                       f"call it as {heading(routine)}")
+            return
+        for number, (argument, (base, size, text)) in enumerate(zip(wanted, call.arguments), 1):
+            self._argument(source, unit, call, line, number, argument, base, size, text, trees)
+
+    def _argument(self, source, unit, call, line, number, argument, base, size, text, trees):
+        where = source, line, unit.name, call.name
+        variable = re.fullmatch(r"[\w$]+:([\w$]+)", text)
+        symbol = unit.symbols.get(variable[1]) if variable else None
+        if symbol and symbol.base != "unknown" and symbol.is_undeclared and "VARIABLE" in symbol.attributes \
+                and argument["intent"] == "in" and symbol.name not in unit.assigned:
+            near = self.catalogue.nearest(symbol.name)
+            self._add("undeclared", *where, f"argument {number}, {argument['name']}: `{symbol.name}` is declared nowhere, so it was "
+                      f"taken for a {symbol.base.upper()} variable, which has no value",
+                      "declare it, or take it from a module" + (f"; near in the library: {', '.join(near)}" if near else ""))
+            return
+        if argument["type"] == "procedure":
+            self._procedure(where, argument, text, trees)
+            return
+        want, want_size = _type(argument["type"], self.catalogue.target)
+        if base == "unknown" or want is None or base == "procedure":
+            return
+        said = f"argument {number}, {argument['name']}: {base.upper()}" + (f"({size})" if size else "")
+        if base != want and {base, want} != {"integer", "logical"}:
+            self._add("argument-kind", *where, f"{said}, and the library wants {argument['type'].upper()}", "hand over that type")
+        elif size and want_size and size != want_size and base == want:
+            self._size(where, said, argument, text, want_size, call.procedure)
+
+    def _size(self, where, said, argument, text, want_size, symbol):
+        source, line, unit, name = where
+        routine = self.routines[name]
+        if _takes_both(self.catalogue, routine, argument["name"]):
+            self.tell("integer-width", TO_DO, source, line, unit, name,
+                       f"{said}, and by EXTERNAL the library wants INTEGER({want_size})",
+                       f"`use qxport, only: {name}` in the unit{_INSTEAD if _is_declared(symbol) else ''}: through the module "
+                       "either kind fits", self._use(source, unit, name, symbol, line))
+        elif re.match(r"[-+]?\d", text):
+            self._add("literal-kind", *where, f"{said} literal {text}, and the library wants {_words(argument, want_size)}",
+                      f"write the literal with the kind {want_size}")
+        else:
+            self._add("integer-width" if argument["type"].startswith("integer") else "argument-kind", *where,
+                      f"{said}, and the library wants {_words(argument, want_size)}", f"declare it {_words(argument, want_size)}")
+
+    def _procedure(self, where, argument, text, trees):
+        """A procedure that the library calls back: what it answers, and how it takes its arguments."""
+        name = text.rpartition(":")[2]
+        found = next((t.units[name] for t in trees if name in t.units), None)
+        if not found:
+            return
+        itself = found.symbols.get(name)
+        heading = argument["interface"][0] if argument["interface"] else ""
+        if itself and itself.base == "integer" and itself.size == 2 and (where[3] in ("qsort", "bsearch")
+                                                                          or "function" in heading):
+            self._add("comparison-kind", *where, f"`{name}` answers INTEGER(2), and the library reads INTEGER(4)",
+                      f"declare `{name}` INTEGER(4), in itself and where it is EXTERNAL")
+        by_value = re.findall(r"value :: (\w+)", "\n".join(argument["interface"][1:]))
+        if by_value and itself:
+            wrong = [formal for formal in itself.formal if "VALUE" not in found.symbols[formal].attributes]
+            if wrong:
+                self._add("handler-value", *where, f"`{name}` takes {', '.join(wrong)} by reference, and the library passes a value",
+                          f"declare in `{name}`: {', '.join(f'INTEGER(4), VALUE :: {formal}' for formal in wrong)}")
+
+    def _result(self, source, unit, call, routine, line):
+        symbol, result = call.procedure, routine["result"]
+        if not call.is_function:
+            if result and not result.startswith("character"):
+                self.tell("result-kind", NOTE, source, line, unit.name, call.name, "called as a subroutine, and it is a function",
+                           "nothing; its answer is lost")
+            return
+        if not result:
+            self.tell("result-kind", TO_DO, source, line, unit.name, call.name, "referred to as a function, and it is a subroutine",
+                       f"call it as {heading(routine)}")
+            return
+        want, size = _type(result, self.catalogue.target)
+        fits = symbol.base == want or {symbol.base, want} == {"integer", "logical"}
+        if fits and (not size or symbol.size == size or want == "character"):
+            return
+        if fits and size > symbol.size >= 4 and want == "integer":
+            what = f"declared {symbol.base.upper()}({symbol.size}), and it answers {result.upper()}: the low half is what counts"
+            self.tell("result-kind", NOTE, source, line, unit.name, call.name, what, f"declare it {result.upper()}")
+            return
+        how = "declared nowhere, so implicit typing made it" if symbol.is_undeclared else "declared"
+        self.tell("implicit-result" if symbol.is_undeclared else "result-kind", TO_DO, source, line, unit.name, call.name,
+                   f"{how} {symbol.base.upper()}({symbol.size}), and it answers {result.upper()}",
+                   f"declare it {result.upper()}" + (f", or `use qxport, only: {call.name}`{_INSTEAD if _is_declared(symbol) else ''}"
+                                                     if routine["module"] else ""),
+                   self._use(source, unit.name, call.name, symbol, line))
+
+    # How it is told.
+
+    def _use(self, source, unit, name, symbol, line):
+        """The edit that makes a unit take a name from the module: a line behind the unit's heading. There is none where the
+        unit declares the name itself."""
+        routine = self.routines.get(name)
+        if not routine or not routine["module"] or _is_declared(symbol):
+            return None
+        there = source.unit_named(unit)
+        if not there and any(other.line < line for other in source.units.values()):
+            return None  # a program without a heading, behind other units: where it begins is not known
+        text = f"use qxport, only: {name}"
+        return {"file": str(source.path), "after_line": there.body - 1 if there else 0,
+                "text": ("      " if source.fixed else "  ") + text}
+
+    def _add(self, kind, source, line, unit, name, what, advice):
+        self.tell(kind, TO_DO, source, line, unit, name, what, advice)
+
+    def tell(self, kind, weight, source, line, unit, name, what, advice, edit=None):
+        if not line and (there := source.unit_named(unit)):
+            line = there.line
+        key = kind, str(source.path), line, unit, name, what
+        if key not in self._told:
+            self._told.add(key)
+            self.findings.append(Finding(kind, weight, str(source.path), line, unit, name, what, advice, edit))
+
+
+_CHECKED = {"EXPLICIT", "INTRINSIC-PROC", "USE-ASSOC", "INTERNAL-PROC", "MODULE-PROC", "CONTAINED", "GENERIC"}
+_INSTEAD = " instead of its EXTERNAL and type statements"
+
+
+def _is_declared(symbol):
+    """Whether the unit itself says something of a name, which a `use` of the name would contradict."""
+    return symbol is not None and bool("EXTERNAL" in symbol.attributes
+                                       or symbol.base != "unknown" and not symbol.is_undeclared)
+
+
+def heading(routine):
+    arguments = ", ".join(argument["name"] for argument in routine["arguments"])
+    return f"`{'call ' if not routine['result'] else ''}{routine['name']}({arguments})`"
+
+
+def _range(least, most):
+    return str(least) if least == most else f"{least} to {most}"
+
+
+def _type(text, target):
+    match = re.match(r"(\w+)\((\w+|\*)\)", text)
+    if not match or match[1] == "type":
+        return None, 0
+    size = target // 8 if match[2] == "ptr" else int(match[2]) if match[2].isdigit() else 0
+    return match[1], 0 if match[1] == "character" else size
+
+
+def _words(argument, size):
+    return f"{argument['type'].partition('(')[0].upper()}({size})"
+
+
+def _takes_both(catalogue, routine, argument):
+    """Whether the module takes an argument of several kinds."""
+    offer = routine["module"]
+    entity = catalogue.entities.get(offer["name"].lower()) if offer else None
+    kinds = {a["type"] for r in (entity.routines if entity else []) for a in r["arguments"] if a["name"] == argument}
+    return len(kinds) > 1

@@ -1,0 +1,10 @@
+!finds: missing-module theirlib
+!prints:  1 2
+      program named
+      use theirlib
+      integer*4 a(2), n
+      data a /2, 1/
+      n = 2
+      call order_array(loc(a), n, kind$long)
+      write (*, '(2i2)') a
+      end

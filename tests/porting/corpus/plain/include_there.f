@@ -1,0 +1,5 @@
+!prints: 3
+      program includes
+      include 'length.inc'
+      write (*, '(i1)') lnblnk('abc')
+      end

@@ -1,0 +1,7 @@
+!finds: intrinsic ierrno
+!prints: T
+program wants
+  integer, external :: unlink
+  i = unlink('/no/such/file')
+  print '(l1)', ierrno() == i
+end program
