@@ -200,7 +200,6 @@ contains
       end if
       former = line
       place = place + count
-      if (count < WIDTH) exit
     end do
     if (place > offset) then
       call put_line(hexadecimal(place))

@@ -101,6 +101,7 @@ shows 'the last byte' 4999 5000 yes -s 4999 bytes
 shows 'behind the options' 0 5000 yes -- bytes
 shows 'a part of a pipe' 100 133 yes -s 100 -n 33 < <(cat bytes)
 is 'nothing' 0 '' '' -n 0 bytes
+is 'nothing behind the end' 0 '' '' -n 0 -s 5001 bytes
 is 'the end' 0 '' '' -s 5000 bytes
 is 'the end of a pipe' 0 '' '' -s 3 < <(printf 'abc')
 is 'behind the end' 1 '' 'hexdump: bytes: there is no such byte' -s 5001 bytes
@@ -129,6 +130,7 @@ is 'a name with a blank' 0 '00000000  79                                        
 00000001' '' 'a name'
 is 'a device without an end' 0 '00000010  00 00 00                                          |...|
 00000013' '' -s 16 -n 3 /dev/zero
+is 'a name that is not -' 1 '' 'hexdump: - : No such file or directory' -- '- '
 is 'no file' 1 '' 'hexdump: none: No such file or directory' none
 is 'a directory' 1 '' 'hexdump: .: Is a directory' .
 is 'a read that fails' 1 '' 'hexdump: /proc/self/mem: Input/output error' /proc/self/mem
