@@ -6,11 +6,13 @@
 
 namespace qxport::sorting {
 
-void sort_1(const Tier &tier, Cell<int8_t> *array, size_t count);
-void sort_2(const Tier &tier, Cell<int16_t> *array, size_t count);
+// Signed, as their bits.
+void sort_1(const Tier &tier, Cell<uint8_t> *array, size_t count);
+void sort_2(const Tier &tier, Cell<uint16_t> *array, size_t count);
 
-// Strings of one byte, which compare unsigned.
-void sort_unsigned_1(const Tier &tier, Cell<int8_t> *array, size_t count);
+// Strings, whose bytes compare unsigned, the first one first.
+void sort_unsigned_1(const Tier &tier, Cell<uint8_t> *array, size_t count);
+void sort_strings_of_2(const Tier &tier, Cell<uint16_t> *array, size_t count);
 
 }  // namespace qxport::sorting
 

@@ -57,7 +57,18 @@ struct Vector256 {
   }
 
   static SORTING_INLINE V all_words(Word word) {
-    return V{} + word;
+    return word - V{};
+  }
+  // A mask is a vector: all ones in the lanes that are meant.
+  using Mask = V;
+  static SORTING_INLINE Mask first_lanes(size_t count) {
+    return (V)first(count);
+  }
+  static SORTING_INLINE bool none(Mask lanes) {
+    return _mm256_testz_si256((__m256i)lanes, (__m256i)lanes) != 0;
+  }
+  static SORTING_INLINE void store_chosen(Cell<T> *to, Mask chosen, V lanes) {
+    _mm256_maskstore_epi32(words_at(to), (__m256i)chosen, (__m256i)lanes);
   }
   static SORTING_INLINE V choose(V if_not, V if_so, V mask) {
     return (V)_mm256_blendv_epi8((__m256i)if_not, (__m256i)if_so, (__m256i)mask);
@@ -82,6 +93,16 @@ struct Vector256 {
     return V{(I / WORDS_OF_ONE > (I / WORDS_OF_ONE ^ MASK) ? Word{-1} : Word{0})...};
   }
 };
+
+// A bit for each of the lanes that lie above those that they change places with.
+template <int LANES, int MASK>
+constexpr int upper_lane_bits() {
+  int bits = 0;
+  for (int lane = 0; lane < LANES; ++lane)
+    if (lane > (lane ^ MASK))
+      bits |= 1 << lane;
+  return bits;
+}
 
 // Where the elements of a vector go when those chosen by a mask are brought to its end: for every mask the
 // words, as a permutation takes them.
@@ -119,11 +140,12 @@ struct Int32 : Vector256<int32_t, int32_t> {
   static SORTING_INLINE V all(T value) { return all_words(value); }
   static SORTING_INLINE V smaller(V a, V b) { return (V)_mm256_min_epi32((__m256i)a, (__m256i)b); }
   static SORTING_INLINE V larger(V a, V b) { return (V)_mm256_max_epi32((__m256i)a, (__m256i)b); }
-  static SORTING_INLINE unsigned greater(V a, V b) {
-    return static_cast<unsigned>(
-        _mm256_movemask_ps(_mm256_castsi256_ps(_mm256_cmpgt_epi32((__m256i)a, (__m256i)b))));
+  static SORTING_INLINE V greater(V a, V b) { return (V)_mm256_cmpgt_epi32((__m256i)a, (__m256i)b); }
+  static SORTING_INLINE V greater(V a, V b, Mask among) { return greater(a, b) & among; }
+  static SORTING_INLINE unsigned lanes_greater(V a, V b) {
+    return static_cast<unsigned>(_mm256_movemask_ps(_mm256_castsi256_ps((__m256i)greater(a, b))));
   }
-  static SORTING_INLINE bool any_greater(V a, V b) { return greater(a, b) != 0; }
+  static SORTING_INLINE bool any_greater(V a, V b) { return lanes_greater(a, b) != 0; }
   static SORTING_INLINE void order(V &a, V &b) {
     const V one = a;
     a = smaller(one, b);
@@ -135,7 +157,30 @@ struct Int32 : Vector256<int32_t, int32_t> {
     return choose(smaller(lanes, other), larger(lanes, other), upper_lanes<MASK>());
   }
   static SORTING_INLINE size_t spread(V lanes, V pivot, Cell<T> *left, Cell<T> *right) {
-    return spread_by_mask<Int32>(lanes, greater(lanes, pivot), left, right);
+    return spread_by_mask<Int32>(lanes, lanes_greater(lanes, pivot), left, right);
+  }
+};
+
+struct Real32 : Vector256<float, float> {
+  using Bits = Int32;
+  static SORTING_INLINE V all(T value) { return all_words(value); }
+  static SORTING_INLINE unsigned lanes_greater(V a, V b) {
+    return static_cast<unsigned>(_mm256_movemask_ps(_mm256_cmp_ps((__m256)a, (__m256)b, _CMP_GT_OQ)));
+  }
+  static SORTING_INLINE bool any_greater(V a, V b) { return lanes_greater(a, b) != 0; }
+  static SORTING_INLINE void order(V &a, V &b) {
+    const __m256 one = (__m256)a, other = (__m256)b;
+    a = (V)_mm256_min_ps(one, other);
+    b = (V)_mm256_max_ps(one, other);
+  }
+  template <int MASK>
+  static SORTING_INLINE V order_lanes(V lanes) {
+    constexpr int UPPER = upper_lane_bits<N, MASK>();
+    const __m256 one = (__m256)lanes, other = (__m256)flipped<MASK>(lanes);
+    return (V)_mm256_blend_ps(_mm256_min_ps(one, other), _mm256_max_ps(one, other), UPPER);
+  }
+  static SORTING_INLINE size_t spread(V lanes, V pivot, Cell<T> *left, Cell<T> *right) {
+    return spread_by_mask<Real32>(lanes, lanes_greater(lanes, pivot), left, right);
   }
 };
 
@@ -166,8 +211,32 @@ struct ByMask : Vector256<Element, int64_t> {
 struct Int64 : ByMask<int64_t, Int64> {
   static SORTING_INLINE V all(T value) { return all_words(value); }
   static SORTING_INLINE V greater(V a, V b) { return (V)_mm256_cmpgt_epi64((__m256i)a, (__m256i)b); }
+  static SORTING_INLINE V greater(V a, V b, Mask among) { return greater(a, b) & among; }
   static SORTING_INLINE size_t spread(V lanes, V pivot, Cell<T> *left, Cell<T> *right) {
     return spread_by_mask<Int64>(lanes, words_greater(lanes, pivot), left, right);
+  }
+};
+
+struct Real64 : Vector256<double, double> {
+  using Bits = Int64;
+  static SORTING_INLINE V all(T value) { return all_words(value); }
+  static SORTING_INLINE unsigned lanes_greater(V a, V b) {
+    return static_cast<unsigned>(_mm256_movemask_pd(_mm256_cmp_pd((__m256d)a, (__m256d)b, _CMP_GT_OQ)));
+  }
+  static SORTING_INLINE bool any_greater(V a, V b) { return lanes_greater(a, b) != 0; }
+  static SORTING_INLINE void order(V &a, V &b) {
+    const __m256d one = (__m256d)a, other = (__m256d)b;
+    a = (V)_mm256_min_pd(one, other);
+    b = (V)_mm256_max_pd(one, other);
+  }
+  template <int MASK>
+  static SORTING_INLINE V order_lanes(V lanes) {
+    constexpr int UPPER = upper_lane_bits<N, MASK>();
+    const __m256d one = (__m256d)lanes, other = (__m256d)flipped<MASK>(lanes);
+    return (V)_mm256_blend_pd(_mm256_min_pd(one, other), _mm256_max_pd(one, other), UPPER);
+  }
+  static SORTING_INLINE size_t spread(V lanes, V pivot, Cell<T> *left, Cell<T> *right) {
+    return spread_by_mask<Real64>(lanes, lanes_greater(lanes, pivot), left, right);
   }
 };
 
@@ -180,6 +249,7 @@ struct Int128 : ByMask<Wide, Int128> {
     const __m256i high_decides = _mm256_or_si256(above, _mm256_and_si256(same, low_above));
     return (V)_mm256_unpacklo_epi64(high_decides, high_decides);
   }
+  static SORTING_INLINE V greater(V a, V b, Mask among) { return greater(a, b) & among; }
   static SORTING_INLINE size_t spread(V lanes, V pivot, Cell<T> *left, Cell<T> *right) {
     const unsigned words = words_greater(lanes, pivot);
     return spread_by_mask<Int128>(lanes, (words & 1) | (words >> 1 & 2), left, right);

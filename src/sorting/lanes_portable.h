@@ -12,6 +12,8 @@ template <typename Element, typename Owner = void>
 struct Single {
   using T = Element;
   using V = Element;
+  // Reals are compared as their images.
+  using Bits = Single;
   static constexpr int N = 1;
   static constexpr int ROWS = 16;
   static constexpr int UNROLL = 8;

@@ -92,15 +92,20 @@ SORTING_INLINE typename Lanes::V halve_lanes(typename Lanes::V row) {
     return row;
 }
 
-// From sequences of WIDTH lanes on.
+// Sequences of WIDTH lanes to sequences of twice as many.
+template <typename Lanes, int ROWS, int WIDTH>
+SORTING_INLINE void merge_neighbours(typename Lanes::V *rows) {
+  halve_rows<Lanes, ROWS, WIDTH>(rows);
+  repeat<ROWS>([&](auto row) SORTING_UNROLLED {
+    typename Lanes::V &lanes = rows[decltype(row)::value];
+    lanes = halve_lanes<Lanes, WIDTH / 2>(Lanes::template order_lanes<2 * WIDTH - 1>(lanes));
+  });
+}
+
 template <typename Lanes, int ROWS, int WIDTH>
 SORTING_INLINE void merge_columns(typename Lanes::V *rows) {
   if constexpr (WIDTH < Lanes::N) {
-    halve_rows<Lanes, ROWS, WIDTH>(rows);
-    repeat<ROWS>([&](auto row) SORTING_UNROLLED {
-      typename Lanes::V &lanes = rows[decltype(row)::value];
-      lanes = halve_lanes<Lanes, WIDTH / 2>(Lanes::template order_lanes<2 * WIDTH - 1>(lanes));
-    });
+    merge_neighbours<Lanes, ROWS, WIDTH>(rows);
     merge_columns<Lanes, ROWS, 2 * WIDTH>(rows);
   }
 }

@@ -2,6 +2,7 @@
 #ifndef QXPORT_SORTING_QUICKSORT_H
 #define QXPORT_SORTING_QUICKSORT_H
 
+#include "sorting/images.h"
 #include "sorting/networks.h"
 #include "sorting/partition.h"
 #include "sorting/pivots.h"
@@ -76,19 +77,25 @@ void quicksort(Cell<typename Lanes::T> *array, size_t count, int samplings) {
     sort_few<Lanes>(array, count);
 }
 
+// More elements than a handful, of which it is not known that they are in order.
 template <typename Lanes>
-void sort(Cell<typename Lanes::T> *array, size_t count) {
+SORTING_INLINE void sort_many(Cell<typename Lanes::T> *array, size_t count) {
   static_assert(FEW<Lanes> >= 2 * BLOCK<Lanes>);
-  if (count <= HANDFUL)
-    return sort_handful<Lanes>(array, count);
   if (count <= FEW<Lanes>)
     return sort_few<Lanes>(array, count);
-  if (in_order<Lanes, false>(array, count))
-    return;
   if (in_order<Lanes, true>(array, count))
     return reverse<Lanes>(array, count);
   const int levels = static_cast<int>(8 * sizeof(size_t)) - __builtin_clzl(count);
   quicksort<Lanes>(array, count, 2 * levels);
+}
+
+template <typename Lanes>
+void sort(Cell<typename Lanes::T> *array, size_t count) {
+  if (count <= HANDFUL)
+    return sort_handful<Lanes>(array, count);
+  if (count > Lanes::N && in_order<Lanes, false>(array, count))
+    return;
+  sort_many<Lanes>(array, count);
 }
 
 }  // namespace qxport::sorting

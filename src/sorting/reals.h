@@ -1,4 +1,5 @@
-// Reals of four and eight bytes: images of them are sorted, and made reals again.
+// Reals of four and eight bytes. Most arrays of them have one order, and are sorted by the vector
+// instructions for reals; images (images.h) serve where bits count.
 #ifndef QXPORT_SORTING_REALS_H
 #define QXPORT_SORTING_REALS_H
 
@@ -6,37 +7,97 @@
 #include "sorting/images.h"
 #include "sorting/quicksort.h"
 
+#include <type_traits>
+
 namespace qxport::sorting {
 
-// What decides whether the order depends on how the elements are sorted: NaNs, which lie beyond the
-// infinities, and zeros of both signs. Kept lane by lane until the end.
-template <typename Lanes>
-struct Census {
-  using T = typename Lanes::T;
-  typename Lanes::V least = Lanes::all(0), greatest = Lanes::all(0);
-  typename Lanes::V negative_zeros = Lanes::all(0), positive_zeros = Lanes::all(0);
-
-  SORTING_INLINE void include(typename Lanes::V images) {
-    typename Lanes::V larger = images;
-    Lanes::order(least, larger);
-    negative_zeros |= images == Lanes::all(Zeros<T>::NEGATIVE);
-    positive_zeros |= images == Lanes::all(Zeros<T>::POSITIVE);
-    Lanes::order(images, greatest);
+// The modes that every thread starts with, for as long as this lives: a mode may take subnormal numbers for
+// zeros, or raise a signal where a flag is set. The flags stay as they were. The register is written where
+// that changes something: it takes as long as sorting a few elements.
+class PlainArithmetic {
+public:
+  SORTING_INLINE PlainArithmetic() : former_(current()) {
+    constexpr unsigned PLAIN = 0x1F80, FLAGS = 0x3F;
+    if ((former_ & ~FLAGS) != PLAIN)
+      set(PLAIN);
   }
-
-  SORTING_INLINE bool order_is_described() const {
-    constexpr T INFINITE = Infinity<T>::IMAGE;
-    if (Lanes::any_greater(greatest, Lanes::all(INFINITE)) ||
-        Lanes::any_greater(Lanes::all(~INFINITE), least))
-      return true;
-    return any(negative_zeros) && any(positive_zeros);
+  SORTING_INLINE ~PlainArithmetic() {
+    if (current() != former_)
+      set(former_);
   }
+  PlainArithmetic(const PlainArithmetic &) = delete;
+  PlainArithmetic &operator=(const PlainArithmetic &) = delete;
 
 private:
-  static SORTING_INLINE bool any(typename Lanes::V marks) {
-    return Lanes::any_greater(marks, Lanes::all(0)) || Lanes::any_greater(Lanes::all(0), marks);
+  // No element may be compared on the other side of these.
+  static SORTING_INLINE unsigned current() {
+    unsigned word;
+    __asm__ volatile("stmxcsr %0" : "=m"(word) : : "memory");
+    return word;
   }
+  static SORTING_INLINE void set(unsigned word) { __asm__ volatile("ldmxcsr %0" : : "m"(word) : "memory"); }
+
+  unsigned former_;
 };
+
+// Calls include(bits) for vectors that hold every element of an array, some of them twice.
+template <typename Bits, typename Include>
+SORTING_INLINE void for_all(const Cell<typename Bits::T> *array, size_t count, Include include) {
+  if (count < Bits::N) {
+    for (size_t place = 0; place < count; ++place)
+      include(Bits::all(array[place].value));
+    return;
+  }
+  for (size_t place = 0; place + Bits::N <= count; place += Bits::N)
+    include(Bits::load(array + place));
+  include(Bits::load(array + count - Bits::N));
+}
+
+// Does the order depend on how the elements are sorted? It does with NaNs, whose magnitude is beyond that of
+// the infinities, and with zeros of both signs.
+template <typename Bits>
+SORTING_INLINE bool order_is_described(const Cell<typename Bits::T> *array, size_t count) {
+  using T = typename Bits::T;
+  using V = typename Bits::V;
+  const V zero = Bits::all(0), negative_zero = Bits::all(Limits<T>::SMALLEST);
+  V greatest = zero, negative_zeros = zero, positive_zeros = zero;
+  for_all<Bits>(array, count, [&](V bits) SORTING_UNROLLED {
+    V magnitudes = bits & ~negative_zero;
+    negative_zeros |= bits == negative_zero;
+    positive_zeros |= bits == zero;
+    Bits::order(magnitudes, greatest);
+  });
+  const auto any = [&](V marks) SORTING_UNROLLED {
+    return Bits::any_greater(marks, zero) || Bits::any_greater(zero, marks);
+  };
+  return Bits::any_greater(greatest, Bits::all(Infinity<T>::IMAGE)) ||
+         (any(negative_zeros) && any(positive_zeros));
+}
+
+// Do the images ascend, or descend? Where they ascend nothing moves, whatever the elements are.
+template <typename Bits, bool DESCENDING>
+SORTING_INLINE bool images_in_order(const Cell<typename Bits::T> *array, size_t count) {
+  using T = typename Bits::T;
+  const auto broken_between = [](auto here, auto next, auto greater) SORTING_UNROLLED {
+    return DESCENDING ? greater(image_of<T>(next), image_of<T>(here))
+                      : greater(image_of<T>(here), image_of<T>(next));
+  };
+  if (count <= Bits::N) {
+    for (size_t place = 1; place < count; ++place)
+      if (broken_between(array[place - 1].value, array[place].value,
+                         [](T a, T b) SORTING_UNROLLED { return a > b; }))
+        return false;
+    return true;
+  }
+  const auto broken_at = [&](size_t place) SORTING_UNROLLED {
+    return broken_between(Bits::load(array + place), Bits::load(array + place + 1),
+                          [](auto a, auto b) SORTING_UNROLLED { return Bits::any_greater(a, b); });
+  };
+  for (size_t place = 0; place + Bits::N < count; place += Bits::N)
+    if (broken_at(place))
+      return false;
+  return !broken_at(count - 1 - Bits::N);
+}
 
 // Replaces each vector by what `change` makes of it. The last one overlaps the one before it, and is read
 // before that is changed; fewer elements than a vector has are handed over one by one.
@@ -54,29 +115,12 @@ SORTING_INLINE void replace(Cell<typename Lanes::T> *array, size_t count, Change
   Lanes::store(array + count - Lanes::N, change(last));
 }
 
-template <typename Lanes>
-SORTING_INLINE bool replace_by_images(Cell<typename Lanes::T> *array, size_t count) {
-  using T = typename Lanes::T;
-  Census<Lanes> census;
-  const auto imaged = [&](typename Lanes::V bits) SORTING_UNROLLED {
-    const typename Lanes::V images = image_of<T>(bits);
-    census.include(images);
-    return images;
-  };
-  replace<Lanes>(array, count, imaged, [&](T bits) SORTING_UNROLLED {
-    const T image = image_of<T>(bits);
-    census.include(Lanes::all(image));
-    return image;
-  });
-  return census.order_is_described();
-}
-
 // The images of images are the reals.
-template <typename Lanes>
-SORTING_INLINE void replace_by_reals(Cell<typename Lanes::T> *array, size_t count) {
-  using T = typename Lanes::T;
-  const auto real = [](auto images) SORTING_UNROLLED { return image_of<T>(images); };
-  replace<Lanes>(array, count, real, real);
+template <typename Bits>
+SORTING_INLINE void replace_by_images(Cell<typename Bits::T> *array, size_t count) {
+  using T = typename Bits::T;
+  const auto image = [](auto bits) SORTING_UNROLLED { return image_of<T>(bits); };
+  replace<Bits>(array, count, image, image);
 }
 
 // Where values need a second look, a handful of elements is one chain, down which each is inserted.
@@ -102,15 +146,30 @@ void sort_handful_of_reals(Cell<typename Lanes::T> *array, size_t count) {
     array[place].value = image_of<T>(images[place].value);
 }
 
-template <typename Lanes, typename... Chains>
-void sort_reals(Cell<typename Lanes::T> *array, size_t count) {
+// The array is one of Lanes::T, as the bits that they are. Where Lanes are those of the bits themselves,
+// images are sorted.
+template <typename Lanes>
+void sort_reals(Cell<typename Lanes::Bits::T> *array, size_t count) {
+  using Bits = typename Lanes::Bits;
   if (count <= HANDFUL)
-    return sort_handful_of_reals<Lanes>(array, count);
-  if (replace_by_images<Lanes>(array, count))
-    described_sort<Lanes, Chains...>(array, count);
-  else
-    sort<Lanes>(array, count);
-  replace_by_reals<Lanes>(array, count);
+    return sort_handful_of_reals<Bits>(array, count);
+  if (images_in_order<Bits, false>(array, count))
+    return;
+  const bool described = order_is_described<Bits>(array, count);
+  if (!described && images_in_order<Bits, true>(array, count))
+    return reverse<Bits>(array, count);
+  if constexpr (!std::is_same_v<Lanes, Bits>) {
+    if (!described) {
+      const PlainArithmetic modes;
+      return sort_many<Lanes>(reinterpret_cast<Cell<typename Lanes::T> *>(array), count);
+    }
+  }
+  replace_by_images<Bits>(array, count);
+  if (described)
+    described_sort<Bits>(array, count);
+  else if constexpr (std::is_same_v<Lanes, Bits>)
+    sort_many<Bits>(array, count);
+  replace_by_images<Bits>(array, count);
 }
 
 }  // namespace qxport::sorting

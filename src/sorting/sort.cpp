@@ -47,6 +47,57 @@ uint64_t string_of_image(uint64_t image) {
   return __builtin_bswap64(image ^ 0x8000'0000'0000'0000);
 }
 
+// Two elements, without the way to what sorts more of them: a call is most of the time that they take. The
+// exchange is no branch, which would be foreseen every other time.
+template <typename T, typename Greater>
+void sort_pair(void *array, Greater greater) {
+  Cell<T> *const pair = cells<T>(array);
+  const T first = pair[0].value, second = pair[1].value;
+  const T change = static_cast<T>((first ^ second) & -static_cast<T>(greater(first, second)));
+  pair[0].value = static_cast<T>(first ^ change);
+  pair[1].value = static_cast<T>(second ^ change);
+}
+template <typename T>
+void sort_pair_of_integers(void *array) {
+  sort_pair<T>(array, [](T a, T b) { return a > b; });
+}
+// The greater image is no NaN, nor is the other one, nor are they the two zeros.
+template <typename T>
+void sort_pair_of_reals(void *array) {
+  sort_pair<T>(array, [](T a, T b) {
+    const T one = image_of<T>(a), other = image_of<T>(b);
+    return (one > other) & (one <= Infinity<T>::IMAGE) & (other >= Infinity<T>::NEGATIVE_IMAGE) &
+           ((one != Zeros<T>::POSITIVE) | (other != Zeros<T>::NEGATIVE));
+  });
+}
+void sort_pair_of_quadruples(void *array) {
+  Cell<Wide> *const pair = cells<Wide>(array);
+  const Wide first = pair[0].value, second = pair[1].value;
+  if (!exceeds(image_of_quadruple(first), threshold(image_of_quadruple(second))))
+    return;
+  pair[0].value = second;
+  pair[1].value = first;
+}
+
+void sort_pair(Element element, void *array) {
+  switch (element) {
+  case Element::Integer1:
+    return sort_pair_of_integers<int8_t>(array);
+  case Element::Integer2:
+    return sort_pair_of_integers<int16_t>(array);
+  case Element::Integer4:
+    return sort_pair_of_integers<int32_t>(array);
+  case Element::Integer8:
+    return sort_pair_of_integers<int64_t>(array);
+  case Element::Real4:
+    return sort_pair_of_reals<int32_t>(array);
+  case Element::Real8:
+    return sort_pair_of_reals<int64_t>(array);
+  case Element::Real16:
+    return sort_pair_of_quadruples(array);
+  }
+}
+
 template <typename Word>
 void replace_by_images(void *array, size_t words) {
   for (size_t place = 0; place < words; ++place)
@@ -79,11 +130,13 @@ size_t width_of(Element element) {
 }
 
 void sort_numbers(const Tier &tier, Element element, void *array, size_t count) {
+  if (count <= 2)
+    return count == 2 ? sort_pair(element, array) : void();
   switch (element) {
   case Element::Integer1:
-    return sort_1(tier, cells<int8_t>(array), count);
+    return sort_1(tier, cells<uint8_t>(array), count);
   case Element::Integer2:
-    return sort_2(tier, cells<int16_t>(array), count);
+    return sort_2(tier, cells<uint16_t>(array), count);
   case Element::Integer4:
     return tier.sort_4(cells<int32_t>(array), count);
   case Element::Integer8:
@@ -100,7 +153,9 @@ void sort_numbers(const Tier &tier, Element element, void *array, size_t count) 
 void sort_strings(const Tier &tier, void *array, size_t count, size_t width, void *scratch) {
   switch (width) {
   case 1:
-    return sort_unsigned_1(tier, cells<int8_t>(array), count);
+    return sort_unsigned_1(tier, cells<uint8_t>(array), count);
+  case 2:
+    return sort_strings_of_2(tier, cells<uint16_t>(array), count);
   case 4:
     replace_by_images<uint32_t>(array, count);
     tier.sort_4(cells<int32_t>(array), count);
@@ -110,12 +165,16 @@ void sort_strings(const Tier &tier, void *array, size_t count, size_t width, voi
     tier.sort_8(cells<int64_t>(array), count);
     return replace_by_strings<uint64_t>(array, count);
   case 16:
+    // One word decides as a rule, which pays where no vector compares both.
+    if (!tier.has_vectors)
+      break;
     replace_by_images<uint64_t>(array, 2 * count);
     tier.sort_16(cells<Wide>(array), count);
     return replace_by_strings<uint64_t>(array, 2 * count);
   default:
-    return sort_strings_in_place(static_cast<char *>(array), count, width, static_cast<char *>(scratch));
+    break;
   }
+  sort_strings_in_place(tier, static_cast<char *>(array), count, width, static_cast<char *>(scratch));
 }
 
 }  // namespace qxport::sorting

@@ -9,6 +9,7 @@ namespace qxport::sorting {
 
 struct Tier {
   const char *name;
+  bool has_vectors;
 
   // Signed integers.
   void (*sort_4)(Cell<int32_t> *array, size_t count);

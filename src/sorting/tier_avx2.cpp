@@ -7,11 +7,12 @@ namespace qxport::sorting {
 
 constinit const Tier AVX2_TIER = {
     "AVX2",
+    true,
     sort<avx2::Int32>,
     sort<avx2::Int64>,
     sort<avx2::Int128>,
-    sort_reals<avx2::Int32>,
-    sort_reals<avx2::Int64>,
+    sort_reals<avx2::Real32>,
+    sort_reals<avx2::Real64>,
 };
 
 }  // namespace qxport::sorting

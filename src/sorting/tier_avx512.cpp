@@ -7,11 +7,12 @@ namespace qxport::sorting {
 
 constinit const Tier AVX512_TIER = {
     "AVX512",
+    true,
     sort<avx512::Int32>,
     sort<avx512::Int64>,
     sort<avx512::Int128>,
-    sort_reals<avx512::Int32>,
-    sort_reals<avx512::Int64>,
+    sort_reals<avx512::Real32>,
+    sort_reals<avx512::Real64>,
 };
 
 }  // namespace qxport::sorting

@@ -8,8 +8,13 @@ namespace qxport::sorting {
 using portable::Single;
 
 constinit const Tier PORTABLE_TIER = {
-    "portable",         sort<Single<int32_t>>,       sort<Single<int64_t>>,
-    sort<Single<Wide>>, sort_reals<Single<int32_t>>, sort_reals<Single<int64_t>>,
+    "portable",
+    false,
+    sort<Single<int32_t>>,
+    sort<Single<int64_t>>,
+    sort<Single<Wide>>,
+    sort_reals<Single<int32_t>>,
+    sort_reals<Single<int64_t>>,
 };
 
 }  // namespace qxport::sorting

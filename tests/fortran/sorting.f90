@@ -14,6 +14,7 @@ program sorting
   call check_counts()
   call check_errors()
   call check_many()
+  call check_any_array()
   call finish()
 
 contains
@@ -127,6 +128,43 @@ contains
     call sortqq(address(c_loc(values)), count, SORT_REAL8)
     nans = sum(merge(1, 0, ieee_is_nan(values)))
     call check(nans, n/1000, 'all NaNs are still there')
+  end subroutine
+
+  ! Arrays of any rank, allocated or not, and records, which are strings of bytes.
+  subroutine check_any_array()
+    type record
+      sequence
+      character(4) :: key
+      integer(4) :: number
+    end type
+    type(record), target :: records(4) = [record('pear', 1), record('fig ', 2), record('plum', 3), record('date', 4)]
+    type(record), target :: wanted = record('pear', 1)
+    integer(1), allocatable, target :: cube(:, :, :)
+    integer(2), target :: matrix(2, 3) = reshape([6_2, 5_2, 4_2, 3_2, 2_2, 1_2], [2, 3])
+    real(4), pointer :: column(:)
+    real(4), target :: table(3, 2) = reshape([3.0, 2.0, 1.0, 30.0, 20.0, 10.0], [3, 2])
+    real(8), target :: scalar = 7
+    integer(4) :: short, i
+    integer(8) :: long
+    long = size(records)
+    call sortqq(loc(records), long, storage_size(records)/8)
+    call check(all(records%number == [4, 2, 1, 3]), 'records')
+    call check(bsearchqq(loc(wanted), loc(records), long, storage_size(records)/8), 3, 'search of records')
+    short = size(matrix)
+    call sortqq(loc(matrix), short, SORT_INTEGER2)
+    call check(all(reshape(matrix, [6]) == [1_2, 2_2, 3_2, 4_2, 5_2, 6_2]), 'an array of rank 2')
+    allocate (cube(4, 4, 4))
+    cube = reshape([(int(31 - i, 1), i=0, 63)], [4, 4, 4])
+    long = size(cube)
+    call sortqq(loc(cube), long, SORT_INTEGER1)
+    call check(all(reshape(cube, [64]) == [(int(i - 32, 1), i=0, 63)]), 'an allocated array of rank 3')
+    column => table(:, 2)
+    short = size(column)
+    call sortqq(loc(column), short, SORT_REAL4)
+    call check(all(nint(table) == reshape([3, 2, 1, 10, 20, 30], [3, 2])), 'a column by a pointer')
+    long = 1
+    call sortqq(loc(scalar), long, SORT_REAL8)
+    call check(long == 1 .and. nint(scalar) == 7, 'a scalar')
   end subroutine
 
 end program

@@ -4,6 +4,7 @@
 
 #include <climits>
 #include <limits>
+#include <thread>
 
 namespace {
 
@@ -191,6 +192,28 @@ TEST(Sortqq, GapsByCount) {
     sort(array.data(), count, 0x10000);
     EXPECT_EQ(memcmp(array.data(), expected.data(), array.size() * sizeof(float)), 0) << count;
   }
+}
+
+// Nothing is shared: the processor's path, which the first call finds out, is the same for all.
+TEST(Sortqq, SeveralThreadsSortArraysOfTheirOwn) {
+  std::vector<std::thread> threads;
+  for (uint32_t thread = 0; thread < 4; ++thread)
+    threads.emplace_back([thread] {
+      Filler filler(thread);
+      for (const ElementKind &kind : all_kinds()) {
+        Bytes array = filler.fill(kind, 500, Filling::Random);
+        Bytes expected = array;
+        shell_sort(&expected, kind);
+        const intptr_t adrarray = address(array.data());
+        intptr_t count = 500;
+        sortqq_(&adrarray, &count, &kind.code);
+        EXPECT_EQ(array, expected) << kind.name;
+        const intptr_t adrkey = address(array.data() + 250 * kind.width);
+        EXPECT_GT(bsearchqq_(&adrkey, &adrarray, &count, &kind.code), 0) << kind.name;
+      }
+    });
+  for (std::thread &thread : threads)
+    thread.join();
 }
 
 // --- The search

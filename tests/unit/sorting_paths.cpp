@@ -42,7 +42,8 @@ Bytes sorted_between_guards(const Tier &tier, const ElementKind &kind, const Byt
   return result;
 }
 
-// Strings of most widths are sorted without a tier.
+// The tier sorts no more than the keys of strings of other widths; those are tried on all tiers with the
+// kernel.
 std::vector<ElementKind> kinds_of_tiers() {
   std::vector<ElementKind> kinds = number_kinds();
   for (const size_t width : {1, 2, 4, 8, 16})
