@@ -3,8 +3,7 @@
 // How an array gets sorted, in the order of reading:
 //
 // - sort.cpp looks at the type of the elements, once. What compares like signed integers is made such:
-// strings
-//   of 4, 8 and 16 bytes become integers whose first byte is the most significant one.
+//   strings of 4, 8 and 16 bytes become integers whose first byte is the most significant one.
 // - quicksort.h is the kernel, for elements of 4, 8 and 16 bytes. An array that is in order, or in reverse
 //   order, is found out by one reading. Any other is parted around a pivot until the parts are small.
 // - pivots.h: the pivot is the median of a sample. Where an adversary makes samples mislead, the parts are
