@@ -15,8 +15,8 @@ constexpr int32_t ATTRIBUTE_READ_ONLY = QXPORT_FILE_ATTRIBUTE_READ_ONLY;
 constexpr int32_t ATTRIBUTE_SYSTEM = QXPORT_FILE_ATTRIBUTE_SYSTEM;
 constexpr int32_t ATTRIBUTE_DIRECTORY = QXPORT_FILE_ATTRIBUTE_DIRECTORY;
 
-// The streams that callers' handles denote. A handle is the stream's address; it is looked up here before it
-// is used, so a stale one is refused.
+// The streams that callers' handles denote. A handle is the stream's address, or, where the caller's variable
+// is too narrow for one, a number; it is looked up here before it is used, so a stale one is refused.
 class OpenStreams {
 public:
   DIR *open(const char *directory) {
@@ -28,16 +28,24 @@ public:
       free(node);
       return nullptr;
     }
+    node->number = free_number();
     node->next = first_;
     first_ = node;
     return node->stream;
   }
 
+  // The handle of the stream found or opened last.
+  template <typename Handle>
+  Handle handle_of_first() const {
+    return handle_of<Handle>(*first_);
+  }
+
   // The stream of a handle, or null. The one found moves to the front, where its next call finds it at once.
-  DIR *find(intptr_t handle) {
+  template <typename Handle>
+  DIR *find(Handle handle) {
     for (Node **link = &first_; *link != nullptr; link = &(*link)->next) {
       Node *node = *link;
-      if (reinterpret_cast<intptr_t>(node->stream) == handle) {
+      if (handle_of<Handle>(*node) == handle) {
         *link = node->next;
         node->next = first_;
         first_ = node;
@@ -60,8 +68,34 @@ private:
   struct Node {
     DIR *stream;
     Node *next;
+    int32_t number;
   };
+
+  template <typename Handle>
+  static Handle handle_of(const Node &node) {
+    if constexpr (sizeof(Handle) < sizeof(intptr_t))
+      return node.number;
+    else
+      return reinterpret_cast<intptr_t>(node.stream);
+  }
+
+  // One that no open stream has: a search that was given up keeps its own, however many follow.
+  int32_t free_number() {
+    do
+      last_number_ = last_number_ == INT32_MAX ? 1 : last_number_ + 1;
+    while (has_number(last_number_));
+    return last_number_;
+  }
+
+  bool has_number(int32_t number) const {
+    for (const Node *node = first_; node != nullptr; node = node->next)
+      if (node->number == number)
+        return true;
+    return false;
+  }
+
   Node *first_ = nullptr;
+  int32_t last_number_ = 0;
 };
 
 // What a routine keeps between calls, for the search begun last.
@@ -77,8 +111,9 @@ void copy_limited(char *target, const char *source, size_t limit) {
   target[length] = '\0';
 }
 
-int32_t fail(intptr_t *handle, intptr_t state, int32_t error) {
-  *handle = state;
+template <typename Handle>
+int32_t fail(Handle *handle, intptr_t state, int32_t error) {
+  *handle = static_cast<Handle>(state);
   set_and_record_status(error);
   return 0;
 }
@@ -111,7 +146,8 @@ void fill(qxport_file_info_i8 *record, const struct stat &status) {
   record->attributes = kind == 0 && read_only ? ATTRIBUTE_READ_ONLY : kind;
 }
 
-DIR *begin(SearchState *search, const char *files, intptr_t *handle, charlen files_len) {
+template <typename Handle>
+DIR *begin(SearchState *search, const char *files, Handle *handle, charlen files_len) {
   const CString text(files, files_len);
   if (!text) {
     fail(handle, QXPORT_FILE_SEARCH_ERROR, ENOMEM);
@@ -124,7 +160,7 @@ DIR *begin(SearchState *search, const char *files, intptr_t *handle, charlen fil
   if (stream == nullptr)
     fail(handle, QXPORT_FILE_SEARCH_ERROR, ENOENT);
   else
-    *handle = reinterpret_cast<intptr_t>(stream);
+    *handle = search->streams.handle_of_first<Handle>();
   return stream;
 }
 
@@ -133,9 +169,8 @@ void end(SearchState *search) {
   search->pNamePattern[0] = '\0';
 }
 
-template <typename Record>
-int32_t enumerate(SearchState *search, const char *files, Record *record, intptr_t *handle,
-                  charlen files_len) {
+template <typename Record, typename Handle>
+int32_t enumerate(SearchState *search, const char *files, Record *record, Handle *handle, charlen files_len) {
   DIR *stream;
   if (*handle == QXPORT_FILE_SEARCH_BEGIN) {
     stream = begin(search, files, handle, files_len);
@@ -185,6 +220,44 @@ int32_t getfileinfoqqi8_(const char *files, qxport_file_info_i8 *buffer, intptr_
                          charlen files_len) {
   return enumerate(&search_i8, files, buffer, handle, files_len);
 }
+
+QXPORT_ALIAS(getfileinfoqq_)
+QXPORT_ALIAS(getfileinfoqqi8_)
+
+// What the module adds: a handle of the kind that is not the size of an address.
+#if UINTPTR_MAX > UINT32_MAX
+
+// N = GETFILEINFOQQ(FILES, BUFFER, HANDLE)
+int32_t getfileinfoqqh4_(const char *files, qxport_file_info *buffer, int32_t *handle, charlen files_len) {
+  return enumerate(&search, files, buffer, handle, files_len);
+}
+
+// N = GETFILEINFOQQI8(FILES, BUFFER, HANDLE)
+int32_t getfileinfoqqi8h4_(const char *files, qxport_file_info_i8 *buffer, int32_t *handle,
+                           charlen files_len) {
+  return enumerate(&search_i8, files, buffer, handle, files_len);
+}
+
+QXPORT_ALIAS(getfileinfoqqh4_)
+QXPORT_ALIAS(getfileinfoqqi8h4_)
+
+#else
+
+// N = GETFILEINFOQQ(FILES, BUFFER, HANDLE)
+int32_t getfileinfoqqh8_(const char *files, qxport_file_info *buffer, int64_t *handle, charlen files_len) {
+  return enumerate(&search, files, buffer, handle, files_len);
+}
+
+// N = GETFILEINFOQQI8(FILES, BUFFER, HANDLE)
+int32_t getfileinfoqqi8h8_(const char *files, qxport_file_info_i8 *buffer, int64_t *handle,
+                           charlen files_len) {
+  return enumerate(&search_i8, files, buffer, handle, files_len);
+}
+
+QXPORT_ALIAS(getfileinfoqqh8_)
+QXPORT_ALIAS(getfileinfoqqi8h8_)
+
+#endif
 
 // N = FILE_LENGTH(INFO)
 int64_t file_length_(const qxport_file_info_i8 *info) {

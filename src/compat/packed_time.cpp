@@ -22,6 +22,21 @@ int32_t packed(int32_t year, int32_t month, int32_t day, int32_t hour, int32_t m
   return static_cast<int32_t>(local_instant(fields));
 }
 
+template <typename Field>
+void unpack(int32_t time, Field *iyr, Field *imon, Field *iday, Field *ihr, Field *imin, Field *isec) {
+  struct tm fields;
+  if (!local_fields(time, &fields)) {
+    *iyr = *imon = *iday = *ihr = *imin = *isec = -1;
+    return;
+  }
+  *iyr = static_cast<Field>(fields.tm_year + 1900);
+  *imon = static_cast<Field>(fields.tm_mon + 1);
+  *iday = static_cast<Field>(fields.tm_mday);
+  *ihr = static_cast<Field>(fields.tm_hour);
+  *imin = static_cast<Field>(fields.tm_min);
+  *isec = static_cast<Field>(fields.tm_sec);
+}
+
 }  // namespace
 
 // CALL PACKTIMEQQ(TIMEDATE, IYR, IMON, IDAY, IHR, IMIN, ISEC)
@@ -39,17 +54,13 @@ void packtimeqqi4_(int32_t *timedate, const int32_t *iyr, const int32_t *imon, c
 // CALL UNPACKTIMEQQ(TIMEDATE, IYR, IMON, IDAY, IHR, IMIN, ISEC)
 void unpacktimeqq_(const int32_t *timedate, int16_t *iyr, int16_t *imon, int16_t *iday, int16_t *ihr,
                    int16_t *imin, int16_t *isec) {
-  struct tm fields;
-  if (!local_fields(*timedate, &fields)) {
-    *iyr = *imon = *iday = *ihr = *imin = *isec = -1;
-    return;
-  }
-  *iyr = static_cast<int16_t>(fields.tm_year + 1900);
-  *imon = static_cast<int16_t>(fields.tm_mon + 1);
-  *iday = static_cast<int16_t>(fields.tm_mday);
-  *ihr = static_cast<int16_t>(fields.tm_hour);
-  *imin = static_cast<int16_t>(fields.tm_min);
-  *isec = static_cast<int16_t>(fields.tm_sec);
+  unpack(*timedate, iyr, imon, iday, ihr, imin, isec);
+}
+
+// CALL UNPACKTIMEQQ(TIMEDATE, IYR, IMON, IDAY, IHR, IMIN, ISEC), with INTEGER(4) fields
+void unpacktimeqqi4_(const int32_t *timedate, int32_t *iyr, int32_t *imon, int32_t *iday, int32_t *ihr,
+                     int32_t *imin, int32_t *isec) {
+  unpack(*timedate, iyr, imon, iday, ihr, imin, isec);
 }
 
 // L = SETFILETIMEQQ(FILENAME, TIMEDATE)
@@ -68,3 +79,5 @@ int32_t setfiletimeqq_(const char *filename, const int32_t *timedate, charlen fi
 QXPORT_ALIAS(packtimeqq_)
 QXPORT_ALIAS(packtimeqqi4_)
 QXPORT_ALIAS(setfiletimeqq_)
+QXPORT_ALIAS(unpacktimeqq_)
+QXPORT_ALIAS(unpacktimeqqi4_)

@@ -27,6 +27,7 @@ contains
     integer(2), intent(in) :: fields(6)
     integer(4) :: packed
     integer(2) :: shown(6)
+    integer(4) :: wide(8)
     call check(setenvqq('TZ='//zone), 'set the zone')
     call packtimeqq(packed, fields(1), fields(2), fields(3), fields(4), fields(5), fields(6))
     call check(packed, time, 'packed time')
@@ -35,6 +36,10 @@ contains
     call check(packed, time, 'packed time of INTEGER(4)')
     call unpacktimeqq(time, shown(1), shown(2), shown(3), shown(4), shown(5), shown(6))
     call check(all(shown == fields), 'fields of a packed time')
+    wide = 77
+    call unpacktimeqq(time, wide(2), wide(3), wide(4), wide(5), wide(6), wide(7))
+    call check(all(wide(2:7) == int(fields, 4)), 'INTEGER(4) fields of a packed time')
+    call check(wide(1) == 77 .and. wide(8) == 77, 'nothing beside the fields')
   end subroutine
 
   subroutine check_literals()

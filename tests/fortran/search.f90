@@ -26,6 +26,7 @@ program search
   call check_wide_record()
   call check_endings()
   call check_both_at_once()
+  call check_other_handles()
   call check_find()
   call check_delete()
 
@@ -185,6 +186,49 @@ contains
     length = getfileinfoqqi8('*.dat', wide, wide_handle)
     call check(length, 0, 'both end together')
     call check(pairs, 3, 'pairs of entries')
+  end subroutine
+
+  ! A handle of the kind that is not the size of an address.
+  subroutine check_other_handles()
+    integer(c_intptr_t) :: address
+    integer(merge(4, 8, c_intptr_t == 8)) :: handles(3), former
+    type(file_info) :: info
+    type(file_info_i8) :: wide
+    integer :: count
+    handles = [77, int(FILE_SEARCH_BEGIN), 77]
+    count = 0
+    do while (getfileinfoqq('*.dat', info, handles(2)) > 0)
+      count = count + 1
+      former = handles(2)
+    end do
+    call check(count, 3, 'entries by the other handle')
+    call check(handles(2) == FILE_SEARCH_END, 'the other handle at the end')
+    call check(handles(1) == 77 .and. handles(3) == 77, 'nothing beside the other handle')
+    handles(2) = former
+    call check(getfileinfoqq('*.dat', info, handles(2)), 0, 'another handle whose search has ended')
+    call check(handles(2) == FILE_SEARCH_ERROR, 'the handle then')
+    handles(2) = int(FILE_SEARCH_BEGIN)
+    count = 0
+    do while (getfileinfoqqi8('*.dat', wide, handles(2)) > 0)
+      count = count + 1
+    end do
+    call check(count, 3, 'wide entries by the other handle')
+    ! One search that is given up, another beside it: their handles differ.
+    handles = int(FILE_SEARCH_BEGIN)
+    count = getfileinfoqq('*.dat', info, handles(1))
+    count = getfileinfoqq('*.dat', info, handles(2))
+    call check(handles(1) /= handles(2), 'handles of two searches')
+    do while (getfileinfoqq('*.dat', info, handles(2)) > 0)
+    end do
+    do while (getfileinfoqq('*.dat', info, handles(1)) > 0)
+    end do
+    handles(1) = int(FILE_SEARCH_BEGIN)
+    call check(getfileinfoqq('/no/such/place/*', info, handles(1)), 0, 'a directory that is not there')
+    call check(handles(1) == FILE_SEARCH_ERROR, 'the other handle then')
+    address = FILE_SEARCH_BEGIN
+    call check(getfileinfoqq('one.dat', info, address) > 0, 'the usual handle beside it')
+    do while (getfileinfoqq('one.dat', info, address) > 0)
+    end do
   end subroutine
 
   subroutine check_find()

@@ -17,6 +17,7 @@ program search_external
   end type
 
   integer(4), external :: delfilesqq, findfileqq, getfileinfoqq, getfileinfoqqi8
+  integer(4), external :: GETFILEINFOQQ_OTHER, GETFILEINFOQQI8_OTHER
   integer(8), external :: file_length
   character(:), allocatable, save :: directory
 
@@ -25,6 +26,7 @@ program search_external
 
   call check_record()
   call check_bytes()
+  call check_other_handles()
   call check_find()
   call check_delete()
 
@@ -63,6 +65,20 @@ contains
     handle = -1
     call check(getfileinfoqq('/no-such-directory/*', info, handle), 0, 'missing directory')
     call check(handle == -3, 'handle of a missing directory')
+  end subroutine
+
+  ! Those that the module has for handles of the kind that is not the size of an address.
+  subroutine check_other_handles()
+    integer(int8) :: bytes(279)
+    type(fileinfo) :: info
+    integer(OTHER_KIND) :: handle
+    handle = -1
+    call check(GETFILEINFOQQ_OTHER(directory//'/f*', info, handle), 4, 'length of the name by the other handle')
+    call check(GETFILEINFOQQ_OTHER(directory//'/f*', info, handle), 0, 'nothing more by the other handle')
+    call check(handle == -2 .or. handle == -3, 'the other handle at the end')
+    handle = -1
+    call check(GETFILEINFOQQI8_OTHER(directory//'/f*', bytes, handle), 4, 'wide, by the other handle')
+    call check(GETFILEINFOQQI8_OTHER(directory//'/f*', bytes, handle), 0, 'nothing more of the wide ones')
   end subroutine
 
   ! The wide record as 279 bytes, taken apart by hand.

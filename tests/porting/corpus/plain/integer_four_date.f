@@ -1,5 +1,6 @@
 !finds: integer-width unpacktimeqq
-!mend: integer*4 iy => integer*2 iy
+!mend: external unpacktimeqq =>
+!mend: program kinds => program kinds; use qxport, only: unpacktimeqq
 !prints: 1970
       program kinds
       integer*4 iy, im, id, ih, mi, is

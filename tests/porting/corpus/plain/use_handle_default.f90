@@ -1,7 +1,4 @@
 !finds: missing-module oldlib
-!mend: integer :: handle => integer(int_ptr) :: handle
-!mend: use oldlib => use oldlib; use iso_c_binding, only: int_ptr => c_intptr_t
-!finds: does-not-compile use_handle_default.f90
 !prints: found
 program uses
   use oldlib
