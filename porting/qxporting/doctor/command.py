@@ -151,7 +151,10 @@ def _diagnose(diagnosis, others, names, catalogue, prefix, scratch):
     diagnosis.missing = scan.order(sources, lambda name, source: any(
         Path(d, f"{name}.mod").exists() for d in [source.path.parent, *searched]))
     replacements = missing.Replacements(missing.usable(diagnosis.missing), options.of or [EVERYTHING], names)
-    maker = missing.Maker(catalogue, compiler, include, scratch, replacements)
+    # The size of an address is a matter of the modules too.
+    target = [flag for flag in options.flags if flag in ("-m32", "-m64", "-mx32")]
+    module_compiler = Compiler(shlex.join([*compiler.words, *target]))
+    maker = missing.Maker(catalogue, module_compiler, include, scratch, replacements)
     workshop.place_of_missing = maker.directory_for
     done = missing.settle(workshop, sources, maker)
 
@@ -184,7 +187,7 @@ def _diagnose(diagnosis, others, names, catalogue, prefix, scratch):
     diagnosis.served = judge.served
     diagnosis.names = _names(diagnosis, replacements, catalogue)
     for program in diagnosis.programs:
-        modules = programs.module_command(program, prefix, replacements, options, compiler)
+        modules = programs.module_command(program, prefix, replacements, options, module_compiler)
         dollar = any(done[source.number].dollar for source in program.sources)
         program.commands += [modules] if modules else []
         program.commands.append(programs.build_command(program, prefix, options, compiler, modules, dollar, others))

@@ -1,3 +1,4 @@
+!target: 64
 !prints:  1 2 3
 program clean
   integer(4) :: a(3) = [3, 1, 2]

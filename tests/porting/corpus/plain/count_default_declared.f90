@@ -1,3 +1,4 @@
+!target: 64
 !finds: integer-width bsearchqq
 !mend: integer, external :: bsearchqq => 
 !mend: program kinds => program kinds; use qxport, only: bsearchqq

@@ -1,3 +1,4 @@
+!target: 64
 !finds: integer-width sortqq
 !prints:  1 2 3
       subroutine order(a, n)

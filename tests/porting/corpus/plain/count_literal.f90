@@ -1,3 +1,4 @@
+!target: 64
 !finds: implicit-result bsearchqq
 !finds: integer-width bsearchqq
 !prints: 3

@@ -1,3 +1,4 @@
+!target: 64
 !finds: comparison-kind signalqq
 !mend: integer(2) function caught => integer(4) function caught
 !prints: caught

@@ -1,3 +1,4 @@
+!target: 64
 !finds: handler-value signalqq
 !mend: integer :: number => integer, value :: number
 !prints: 15

@@ -1,3 +1,4 @@
+!target: 64
 !prints: 15
 integer function caught(number)
   integer, value :: number

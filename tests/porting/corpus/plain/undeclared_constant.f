@@ -1,3 +1,4 @@
+!target: 64
 !finds: undeclared sortqq
 !finds: integer-width sortqq
 !mend: integer*4 a(2), n => integer*4 a(2), n, sort_integer4

@@ -1,0 +1,15 @@
+!target: 32
+!finds: handler-value signalqq
+!mend: integer :: number => integer, value :: number
+!prints: 15
+integer function caught(number)
+  integer :: number
+  print '(i2)', number
+  caught = 1
+end function
+program handles
+  integer, external :: caught, raiseqq, signalqq
+  integer :: former
+  former = signalqq(15, caught)
+  if (raiseqq(15) /= 0) error stop 'not raised'
+end program

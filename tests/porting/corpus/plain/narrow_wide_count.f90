@@ -1,0 +1,9 @@
+!target: 32
+!finds: integer-width sortqq
+!prints:  1 2 3
+program kinds
+  integer :: a(3) = [3, 1, 2]
+  integer(8) :: n = 3
+  call sortqq(loc(a), n, 327680)
+  print '(3i2)', a
+end program
