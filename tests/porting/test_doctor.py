@@ -101,6 +101,19 @@ class Told(Doctor):
         self.looked("-O2", "-flto", "-J", "made", "-o", "away", "-save-temps", "-MD", "--", "long.f90", status=0)
         self.assertNotIn("away", self.tree())
 
+    def test_modules_of_the_sources_stay_in_the_scratch_directory(self):
+        (self.work / "made").mkdir()
+        self.write("both.f90", "module both\nend module\nprogram p\n use both\nend program\n")
+        self.looked("-J", "made", "--", "both.f90", status=0)
+        self.looked("-Jmade", "--", "both.f90", status=0)
+        self.assertEqual(list(self.tree()), ["both.f90"])
+
+    def test_undeclared_variable_with_a_value(self):
+        self.write("valued.f", "      milliseconds = 1\n      call sleepqq(milliseconds)\n      end\n")
+        self.looked("--", "valued.f", status=0)
+        self.write("valueless.f", "      call sleepqq(milliseconds)\n      end\n")
+        self.assertEqual(self.kinds(self.looked("--", "valueless.f")), [("undeclared", "sleepqq", 1)])
+
     def test_includes_and_modules_that_are_there(self):
         self.write("inc/size.inc", "      integer a(3)\n")
         self.write("inc/mine.f90", "module mine\n integer :: here = 1\nend module\n")
