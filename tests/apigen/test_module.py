@@ -199,6 +199,18 @@ class Module(CatalogueCase):
                                         capture_output=True, text=True, env=os.environ | {"LC_ALL": "C"})
                 self.assertIn(told, result.stderr)
 
+    def test_procedure_that_has_to_be_a_function_of_a_type(self):
+        arguments = '[{ name = "f", type = "procedure", result = "integer(4)", text = "a function" }]'
+        self.write({"posix_more.toml": MORE + ROUTINE.format(name="pxfa", kind="integer(4)", more=f"args = {arguments}")})
+        self.generate("--only", "module")
+        self.run_clean("gfortran", "-fsyntax-only", self.out / "fortran/qxport.f90", cwd=self.root)
+        for declared, taken in (("integer(4)", True), ("integer(2)", False), ("real(8)", False)):
+            with self.subTest(declared):
+                (self.root / "user.f90").write_text(f"use qxport\n{declared}, external :: g\nprint *, pxfa(g)\nend\n")
+                result = subprocess.run(["gfortran", "-fsyntax-only", "user.f90"], cwd=self.root, check=False,
+                                        capture_output=True, text=True, env=os.environ | {"LC_ALL": "C"})
+                self.assertEqual(result.returncode == 0, taken, result.stderr)
+
     def test_only_names_of_ours_alone_are_plain_unasked(self):
         names = ("pxfa", "ipxfa", "aqq", "aqqi8", "qq", "pxf", "aqqi4", "apxf", "truthqq", "sharedqq")
         self.write({"posix_more.toml": MORE + "".join(

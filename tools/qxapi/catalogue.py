@@ -23,6 +23,7 @@ class Argument:
     value: bool
     unit: str | None
     interface: tuple[str, ...]  # of a procedure: its heading and the declarations of its arguments
+    result: Kind | None  # of a procedure that is a function whose arguments are the caller's affair
 
 
 @dataclass(frozen=True)
@@ -260,6 +261,7 @@ def _argument(table):
         value=value,
         unit=table.get("unit"),
         interface=tuple(line.strip() for line in table.get("interface", "").strip().splitlines()),
+        result=parse_kind(table["result"]) if "result" in table else None,
     )
 
 

@@ -101,5 +101,6 @@ def _argument(argument):
         "value": argument.value,
         "unit": argument.unit,
         "interface": list(argument.interface),
+        "result": str(argument.result) if argument.result else None,
         "text": argument.text,
     }

@@ -19,7 +19,8 @@ def declaration(argument, record=None, documented=False):
     """The declaration of a dummy argument; for the reader the shape is kept as the catalogue has it."""
     optional = ["optional"] if argument.optional else []
     if argument.kind.base == "procedure":
-        return ", ".join(["procedure()"] + optional) + f" :: {argument.name}"
+        result = argument.result.fortran if argument.result else ""
+        return ", ".join([f"procedure({result})"] + optional) + f" :: {argument.name}"
     kind = f"type({record})" if record else argument.kind.fortran
     words = [kind]
     if argument.kind.base == "any":

@@ -87,6 +87,7 @@ TABLES = {
         "optional": ((bool,), False),
         "value": ((bool,), False),
         "interface": (_TEXT, False),
+        "result": (_TEXT, False),
     },
     "error": {"number": ((str, int), True), "when": (_TEXT, True)},
 }

@@ -118,7 +118,7 @@ def fortran_literal(constant):
     """The constant's value as a Fortran expression of its kind."""
     kind, value = constant.kind, constant.value
     if kind.base == "logical":
-        return f".{str(value).lower()}._4"
+        return f".{str(value).lower()}._{kind.size}"
     if kind.base == "character":
         return "'" + value.replace("'", "''") + "'"
     if kind.base == "real":

@@ -7,7 +7,7 @@ INTEGER_SIZES = {"1": 1, "2": 2, "4": 4, "8": 8}
 _SIZED = re.compile(r"(integer|real|complex|logical)\((\w+)\)\Z")
 _CHARACTER = re.compile(r"character\((\*|[1-9]\d*)\)\Z")
 _RECORD = re.compile(r"type\(([a-z]\w*)\)\Z")
-_SIZES = {"integer": ("1", "2", "4", "8", "ptr"), "real": ("4", "8"), "complex": ("4", "8"), "logical": ("4",)}
+_SIZES = {"integer": ("1", "2", "4", "8", "ptr"), "real": ("4", "8"), "complex": ("4", "8"), "logical": ("4", "8")}
 
 
 @dataclass(frozen=True)
@@ -44,7 +44,7 @@ class Kind:
         if self.base == "integer":
             return "intptr_t" if self.size == "ptr" else f"int{int(self.size) * 8}_t"
         if self.base == "logical":
-            return "int32_t"
+            return f"int{int(self.size) * 8}_t"
         if self.base == "real":
             return "float" if self.size == "4" else "double"
         raise ValueError(f"{self} is never passed by value")

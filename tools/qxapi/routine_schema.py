@@ -143,6 +143,8 @@ def _argument(argument):
         reasons.append("a procedure has no shape")
     if "interface" in argument:
         reasons += _interface(argument, kind)
+    if "result" in argument:
+        reasons += _procedure_result(argument, kind)
     return reasons + (_value(argument, kind) if argument.get("value") else [])
 
 
@@ -152,6 +154,17 @@ def _interface(argument, kind):
     heading = argument["interface"].strip().splitlines()[0]
     if not re.fullmatch(rf"([a-z]+\([\w*]+\) function|subroutine) {argument['name']}\([\w, ]*\)", heading):
         return [f"`{heading}` is not the heading of a procedure `{argument['name']}`"]
+    return []
+
+
+def _procedure_result(argument, kind):
+    if kind.base != "procedure":
+        return [f"`result` of {kind}, which is no procedure"]
+    if "interface" in argument:
+        return ["`result` beside an `interface`, which says it"]
+    result = parse_kind(argument["result"])
+    if not result or result.base not in ("integer", "real", "logical"):
+        return [f"bad result type `{argument['result']}`"]
     return []
 
 
