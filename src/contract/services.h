@@ -17,6 +17,9 @@
 // What the read of a character answers at the end of a file.
 constexpr int32_t READ_END = -2;
 
+// The elements of a saved state of the random generator.
+constexpr intptr_t RANDOM_STATE_WORDS = 6;
+
 extern "C" {
 
 // Records an error in the run-time's status. The library always calls it as (0, number, 0, 0, 0).
@@ -68,6 +71,23 @@ QXPORT_SERVICE_API double for__process_start_time(void);
 
 // The seconds that have passed since an instant.
 QXPORT_SERVICE_API double for_since_epoch_t(const double *instant);
+
+// The next value of the random generator: uniform in [0, 1), or of 31 bits.
+QXPORT_SERVICE_API double __FFdrand();
+QXPORT_SERVICE_API float __FFfrand();
+QXPORT_SERVICE_API int32_t __FFirand();
+
+// Restarts the generator's sequence from a seed, or from the one that it has at first.
+QXPORT_SERVICE_API void __FFsetseed(int32_t seed);
+QXPORT_SERVICE_API void __FFresetseed();
+
+// The seed that the sequence was last started from.
+QXPORT_SERVICE_API void __FFgetseed(int32_t *seed);
+
+// The generator's whole state, RANDOM_STATE_WORDS elements: 0, or EINVAL for another count or for what is no
+// state.
+QXPORT_SERVICE_API int32_t __FFsavestate(int64_t *state, intptr_t count);
+QXPORT_SERVICE_API int32_t __FFrestorestate(const int64_t *state, intptr_t count);
 
 // Establishes a condition handler: non-zero, or 0 in a run-time that has none.
 QXPORT_SERVICE_API int32_t for__intermediate_establish(void *handler, void *context, void *former,

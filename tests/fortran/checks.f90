@@ -7,7 +7,7 @@ module checks
   integer :: checked = 0
 
   interface check
-    module procedure check_logical, check_integer, check_long, check_text
+    module procedure check_logical, check_integer, check_long, check_real, check_double, check_text
   end interface
 
 contains
@@ -39,6 +39,25 @@ contains
     character(*), intent(in) :: what
     call count_check(got == expected, what)
     if (got /= expected) print '(2(a, i0))', '  got ', got, ', expected ', expected
+  end subroutine
+
+  ! Bit for bit.
+  subroutine check_real(got, expected, what)
+    real(4), intent(in) :: got, expected
+    character(*), intent(in) :: what
+    logical :: same
+    same = transfer(got, 0_4) == transfer(expected, 0_4)
+    call count_check(same, what)
+    if (.not. same) print *, ' got ', got, ', expected ', expected
+  end subroutine
+
+  subroutine check_double(got, expected, what)
+    real(8), intent(in) :: got, expected
+    character(*), intent(in) :: what
+    logical :: same
+    same = transfer(got, 0_8) == transfer(expected, 0_8)
+    call count_check(same, what)
+    if (.not. same) print *, ' got ', got, ', expected ', expected
   end subroutine
 
   subroutine check_text(got, expected, what)

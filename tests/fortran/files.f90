@@ -287,15 +287,15 @@ contains
 
   subroutine test_host_and_login()
     character(256) :: host, other
-    character(3) :: short
+    character(3) :: brief
     character(32) :: login
     integer(4) :: expected
     call check(hostnm(host), 0, 'hostnm')
     call check(hostnam(other), 0, 'hostnam')
     call check(other, host, 'both names of the routine agree')
     expected = merge(-1, 0, len_trim(host) > 3)
-    call check(hostnm(short), expected, 'hostnm into CHARACTER(3)')
-    call check(short, host(1:3), 'beginning of the name')
+    call check(hostnm(brief), expected, 'hostnm into CHARACTER(3)')
+    call check(brief, host(1:3), 'beginning of the name')
     login = repeat('#', 32)
     call getlog(login)
     call check(index(login, '#'), 0, 'getlog fills its variable')

@@ -304,15 +304,15 @@ contains
 
   subroutine test_getcwd()
     character(len(directory)) :: exact
-    character(len(directory) - 1) :: short
+    character(len(directory) - 1) :: brief
     call pxfgetcwd(exact, length, ierror)
     call check(ierror, 0, 'PXFGETCWD')
     call check(length, len(exact), 'its length')
     call check(exact, directory, 'the directory')
-    call pxfgetcwd(short, length, ierror)
+    call pxfgetcwd(brief, length, ierror)
     call check(ierror, etrunc, 'PXFGETCWD cut')
     call check(length, 0, 'its length when cut')
-    call check(short, directory(1:len(short)), 'the cut directory')
+    call check(brief, directory(1:len(brief)), 'the cut directory')
   end subroutine
 
   subroutine test_fcntl()

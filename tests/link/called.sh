@@ -7,10 +7,11 @@ export LC_ALL=C
 for library in qxport qxcore; do
   apigen --list-symbols "$library" --target "$TARGET"
 done | grep '_$' | sort >exported
-grep '^qxport_' exported >aliases
-grep -v '^qxport_' exported >traditional
-# The module binds to the alias where there is one.
-sed 's/^qxport_//' aliases | sort | comm -23 traditional - | sort - aliases >bound_to
+# What a Fortran compiler makes of a name of the program's.
+grep '^[a-z]' exported | grep -v '^qxport_' >traditional
+# The module binds to the alias where there is one. It leaves out what intrinsics of another meaning are named.
+sed -nE 's/^    (function|subroutine) (\w+)\(.*/\2_/p' "$GENERATED/fortran/qxport.f90" | sort >bound_to
+comm -23 bound_to exported | expect_empty 'bound to what no library exports'
 
 called_by() {
   local program

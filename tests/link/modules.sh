@@ -92,8 +92,39 @@ PROGRAM
   fi
 }
 
+# An INTEGER(2) comparison has an upper half that nobody defines; other libraries want it so, QSORT cannot.
+comparison_of_qsort_is_an_integer_4() {
+  local function declared compiles
+  while read -r compiles function declared; do
+    case $function in
+      contained)
+        printf '%s\n' 'subroutine order(values)' 'use qxport, only: qsort' 'implicit none' 'real(8) :: values(3)' \
+          'call qsort(values, 3, 8, compar)' contains "$declared function compar(a, b)" 'real(8), intent(in) :: a, b' \
+          'compar = merge(-1, 1, a < b)' 'end function' 'end subroutine' >qsort.f90 ;;
+      external)
+        printf '%s\n' 'subroutine order(values)' 'use qxport, only: qsort' 'implicit none' 'real(8) :: values(3)' \
+          "$declared, external :: compar" 'call qsort(values, 3_8, 8_8, compar)' 'end subroutine' >qsort.f90 ;;
+    esac
+    if LC_ALL=C "$FC" "${target_flags[@]}" "${fortran_flags[@]}" -fsyntax-only -fdiagnostics-plain-output qsort.f90 \
+      >qsort.log 2>&1; then
+      [[ $compiles == yes ]] || fail "QSORT takes a comparison ($function, $declared)"
+    elif [[ $compiles == yes ]] || ! grep -q "There is no specific subroutine for the generic 'qsort'" qsort.log; then
+      fail "what the compiler says of a comparison ($function, $declared)"
+      cat qsort.log
+    fi
+  done <<'COMPARISONS'
+yes contained integer(4)
+yes external integer(4)
+no contained integer(2)
+no external integer(2)
+no contained integer(8)
+no external real(4)
+COMPARISONS
+}
+
 module_compiles_as_the_standard_has_it
 time_is_no_subroutine
+comparison_of_qsort_is_an_integer_4
 desktop_family_is_whole
 examples_compile_and_link
 man_pages_render_without_warnings

@@ -11,7 +11,7 @@ shared() {
   printf '%s\n' "-L$QXPORT_LIB" "-L$QXCORE_LIB" -lqxportmt "-lqxcoremt_$1"
 }
 static() {
-  printf '%s\n' "$QXPORT_LIB/libqxportmt.a" "$QXCORE_LIB/libqxcoremt_$1.a"
+  printf '%s\n' "$QXPORT_LIB/libqxportmt.a" "$QXCORE_LIB/libqxcoremt_$1.a" -lm
 }
 
 "$FC" "${target_flags[@]}" -c "$sources/own_procedures.f90"
@@ -44,6 +44,6 @@ program_c every_routine_shared every_routine.c "${libraries[@]}"
 program_c every_name_shared every_routine_and_service.c "-L$QXPORT_LIB" -lqxportmt
 mapfile -t libraries < <(static posix)
 program_c every_routine_static every_routine.c "${libraries[@]}"
-program_c every_name_static every_routine_and_service.c "$QXPORT_LIB/libqxportmt.a"
+program_c every_name_static every_routine_and_service.c "$QXPORT_LIB/libqxportmt.a" -lm
 
 finish
