@@ -338,3 +338,84 @@ real function gnu_secnds(t)
   intrinsic :: secnds
   gnu_secnds = secnds(t)
 end function
+
+real function qx_sum_of_rand(draws) result(total)
+  use qxport, only: rand
+  implicit none
+  integer, intent(in) :: draws
+  integer :: i
+  total = 0
+  do i = 1, draws
+    total = total + rand(0)
+  end do
+end function
+
+real function gnu_sum_of_rand(draws) result(total)
+  implicit none
+  integer, intent(in) :: draws
+  intrinsic :: rand
+  integer :: i
+  total = 0
+  do i = 1, draws
+    total = total + rand(0)
+  end do
+end function
+
+real function gnu_sum_of_random_number_4(draws) result(total)
+  implicit none
+  integer, intent(in) :: draws
+  real :: drawn
+  integer :: i
+  total = 0
+  do i = 1, draws
+    call random_number(drawn)
+    total = total + drawn
+  end do
+end function
+
+double precision function qx_sum_of_drand(draws) result(total)
+  use qxport, only: drand
+  implicit none
+  integer, intent(in) :: draws
+  integer :: i
+  total = 0
+  do i = 1, draws
+    total = total + drand(0)
+  end do
+end function
+
+double precision function gnu_sum_of_random_number_8(draws) result(total)
+  implicit none
+  integer, intent(in) :: draws
+  double precision :: drawn
+  integer :: i
+  total = 0
+  do i = 1, draws
+    call random_number(drawn)
+    total = total + drawn
+  end do
+end function
+
+! Not their sum, which would overflow.
+integer function qx_sum_of_irand(draws) result(total)
+  use qxport, only: irand
+  implicit none
+  integer, intent(in) :: draws
+  integer :: i
+  total = 0
+  do i = 1, draws
+    total = ieor(total, irand(0))
+  end do
+end function
+
+real function qx_sum_of_ran(draws) result(total)
+  use qxport, only: ran
+  implicit none
+  integer, intent(in) :: draws
+  integer :: i, iseed
+  total = 0
+  iseed = 12345
+  do i = 1, draws
+    total = total + ran(iseed)
+  end do
+end function

@@ -48,6 +48,13 @@ float qx_etime_(float *elements);
 float gnu_etime_(float *elements);
 float qx_secnds_(const float *t);
 float gnu_secnds_(const float *t);
+float qx_sum_of_rand_(const int32_t *draws);
+float gnu_sum_of_rand_(const int32_t *draws);
+float gnu_sum_of_random_number_4_(const int32_t *draws);
+double qx_sum_of_drand_(const int32_t *draws);
+double gnu_sum_of_random_number_8_(const int32_t *draws);
+int32_t qx_sum_of_irand_(const int32_t *draws);
+float qx_sum_of_ran_(const int32_t *draws);
 
 }  // extern "C"
 
