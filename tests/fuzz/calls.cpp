@@ -143,8 +143,8 @@ char (&report)[sizeof(Watched::report)] = watched->report;
 
 // What a Fortran procedure handed to a routine does: it answers anything, and looks at nothing.
 int32_t any_procedure() {
-  static int32_t answer = 0;
-  return answer = answer * 5 + 3;
+  static uint32_t answer = 0;
+  return static_cast<int32_t>(answer = answer * 5 + 3);
 }
 int32_t other_procedure() {
   return 0;
@@ -311,6 +311,11 @@ void describe(const char *format, long long value) {
   snprintf(report + used, sizeof(report) - used, format, value);
 }
 
+// JMOD leaves a division by zero to the processor, which ends the process.
+bool is_divisor(const Routine &routine, const Argument &argument) {
+  return routine.symbol.ends_with("jmod_") && argument.name == "j";
+}
+
 void make_integer(Call &call, size_t index, Choices &choices) {
   const Argument &argument = call.routine.arguments[index];
   const Pool *pool = pool_of(argument);
@@ -330,6 +335,8 @@ void make_integer(Call &call, size_t index, Choices &choices) {
       value = choices.one_in(8) ? -static_cast<int64_t>(choices.bits() & 0x7FFFFFFF) : choices.below(200);
     else
       value = any_integer(choices);
+    if (is_divisor(call.routine, argument) && static_cast<int16_t>(value) == 0)
+      value = 1;
     memcpy(call.addresses[index] + i * argument.size, &value, argument.size);
     if (i == 0)
       describe(" %lld", integer_at(call.addresses[index], argument.size));
