@@ -82,10 +82,14 @@ constexpr uint32_t sse_fields(uint16_t x87) {
                                                                          << 3;
 }
 
-// Replaces the selected fields of the SSE register, both words given in the layout of the x87 unit.
+// Replaces the selected fields of the SSE register, both words given in the layout of the x87 unit. Loading a
+// register of control is dear: what it holds already is not loaded.
 inline void set_sse_fields(uint16_t x87, uint16_t selected) {
   const uint32_t fields = sse_fields(selected);
-  _mm_setcsr((_mm_getcsr() & ~fields) | (sse_fields(x87) & fields));
+  const uint32_t before = _mm_getcsr();
+  const uint32_t word = (before & ~fields) | (sse_fields(x87) & fields);
+  if (word != before)
+    _mm_setcsr(word);
 }
 
 // The flags that either unit has raised.

@@ -58,7 +58,10 @@ uint32_t control_word() {
 }
 
 void set_precision_and_infinity(uint32_t value, uint32_t mask) {
-  keep_state((kept_state() & ~mask) | (value & mask & KEPT));
+  const uint32_t before = kept_state();
+  const uint32_t state = (before & ~mask) | (value & mask & KEPT);
+  if (state != before)
+    keep_state(state);
 }
 
 }  // namespace qxcore

@@ -25,7 +25,8 @@ void set_masks_and_rounding(uint16_t x87, uint16_t selected) {
   const unsigned unmasked = before & ~control & X87_MASKS;
   if (unmasked != 0)
     move_stale_flags(unmasked);
-  set_x87_control(control);
+  if (control != before)
+    set_x87_control(control);
 }
 
 }  // namespace
