@@ -46,6 +46,7 @@ program interrupts_external
   integer(c_intptr_t), external :: signal
   external :: catch, sleep, tick
   integer(4), parameter :: einval = 22, sigusr1 = 10
+  integer(4) :: remaining
 
   call check(signal(sigusr1, catch, -1) == 0, 'signal')
   call check(kill(getpid(), sigusr1), 0, 'a signal')
@@ -58,11 +59,16 @@ program interrupts_external
 
   call check(alarm(0, tick), 0, 'alarm of 0')
   call check(alarm(1, tick), 0, 'alarm of 1')
-  call check(alarm(5, tick), 1, 'a pending alarm')
   do while (ticks == 0)
     call sleep(1)
   end do
   call check(ticks, 1, 'the procedure is called once')
   call check(alarm(0, tick), 0, 'nothing is pending')
+  ! So far away that however busy the machine is it does not come. It ends with the program.
+  call check(alarm(3600, tick), 0, 'alarm of an hour')
+  remaining = alarm(5, tick)
+  call check(remaining > 1800 .and. remaining <= 3600, 'a pending alarm answers what remains')
+  call check(alarm(0, tick) > 1800, 'and is not replaced')
+  call check(ticks, 1, 'the procedure is not called again')
   call finish()
 end program

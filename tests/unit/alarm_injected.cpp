@@ -22,6 +22,11 @@ constexpr int64_t SECOND = 1000000000;
 
 // The monotonic clock in nanoseconds; the host's where it is 0.
 std::atomic<int64_t> clock_shows;
+// What each wait for an alarm moves the clock on by, where no other thread is there to do it.
+std::atomic<int64_t> clock_moves;
+// How often the thread waited without an alarm, and what it does at the given time of these.
+std::atomic<int> idle_waits;
+void (*at_idle_wait)(int count);
 // How often the thread looked at the clock to wait, and until when it then waits.
 std::atomic<int> waits;
 std::atomic<int64_t> waits_until;
@@ -47,13 +52,24 @@ int clock_gettime(clockid_t clock, timespec *now) noexcept {
   return 0;
 }
 
-// Every wait ends without cause.
+// Every wait ends without cause, that for the next alarm too.
+int pthread_cond_wait(pthread_cond_t *, pthread_mutex_t *mutex) {
+  pthread_mutex_unlock(mutex);
+  const int count = ++idle_waits;
+  if (at_idle_wait != nullptr)
+    at_idle_wait(count);
+  sched_yield();
+  pthread_mutex_lock(mutex);
+  return 0;
+}
+
 int pthread_cond_clockwait(pthread_cond_t *, pthread_mutex_t *mutex, clockid_t clock, const timespec *until) {
   if (clock != CLOCK_MONOTONIC)
     waits_by_another_clock = true;
   waits_until = until->tv_sec * SECOND + until->tv_nsec;
   ++waits;
   pthread_mutex_unlock(mutex);
+  clock_shows += clock_moves;
   sched_yield();
   pthread_mutex_lock(mutex);
   return 0;
@@ -104,6 +120,13 @@ void let_the_thread_look() {
     sched_yield();
 }
 
+// The thread has nothing to wait for, and has woken without cause.
+void let_the_thread_idle() {
+  const int before = idle_waits;
+  while (idle_waits < before + 5)
+    sched_yield();
+}
+
 // The thread is the process's, so each test has a process of its own.
 class Alarm : public testing::Test {
 protected:
@@ -132,6 +155,25 @@ TEST_F(Alarm, RunsWhenItsTimeHasComeAndNotBefore) {
     wait_for_call();
     EXPECT_EQ(calls, 1);
     EXPECT_FALSE(waits_by_another_clock);
+  });
+}
+
+// However often it wakes, the thread calls nothing until the next alarm is armed and its time has come.
+TEST_F(Alarm, IdleThreadThatWakesCallsNothing) {
+  in_new_process([] {
+    int64_t now = START;
+    for (int i = 1; i <= 5; ++i) {
+      EXPECT_EQ(alarm_of(1), 0);
+      now += SECOND;
+      clock_shows = now;
+      wait_for_call();
+      let_the_thread_idle();
+      clock_shows = now + 1000 * SECOND;
+      let_the_thread_idle();
+      EXPECT_EQ(calls, i);
+      now += 1000 * SECOND;
+    }
+    EXPECT_EQ(threads_made, 1);
   });
 }
 
@@ -356,6 +398,101 @@ TEST_F(Alarm, ChildOfTheProcedureHasNoneAndMayArmItsOwn) {
     clock_shows = START + SECOND;
     wait_for_call();
     EXPECT_EQ(calls, 0);
+  });
+}
+
+// A child that the procedure forked and that goes on behind the procedure's end.
+namespace forked {
+
+constexpr int ALARMS = 20;
+constexpr int DONE = 42, CALLED_TOO_OFTEN = 43, CALLED_ELSEWHERE = 44, NOT_ARMED = 45, THREAD_MADE = 46;
+
+std::atomic<int> status;
+int alarms;
+pthread_t made_thread;
+
+void wait_for(pid_t child) {
+  int answer = -1;
+  waitpid(child, &answer, 0);
+  status = answer;
+  sem_post(&called);
+}
+
+// Each call arms the next one; all are on one thread, and there is one for each alarm.
+void next_one() {
+  if (alarms == 1)
+    made_thread = pthread_self();
+  if (!pthread_equal(made_thread, pthread_self()))
+    _exit(CALLED_ELSEWHERE);
+  if (++calls != alarms)
+    _exit(CALLED_TOO_OFTEN);
+  if (alarms == ALARMS)
+    _exit(threads_made == 2 ? DONE : THREAD_MADE);
+  ++alarms;
+  if (alarm_of(1, next_one) != 0)
+    _exit(NOT_ARMED);
+}
+
+// Returns in both processes.
+void fork_and_arm() {
+  const pid_t child = fork();
+  if (child > 0) {
+    wait_for(child);
+    return;
+  }
+  clock_moves = SECOND / 20;
+  alarms = 1;
+  if (alarm_of(1, next_one) != 0)
+    _exit(NOT_ARMED);
+}
+
+void fork_and_return() {
+  const pid_t child = fork();
+  if (child > 0) {
+    wait_for(child);
+    return;
+  }
+  clock_moves = SECOND / 20;
+  idle_waits = 0;
+  // The child's only thread idles, until it is as if somebody armed an alarm.
+  at_idle_wait = [](int count) {
+    if (count != 5)
+      return;
+    if (alarm_of(1, [] { _exit(threads_made == 1 ? DONE : THREAD_MADE); }) != 0)
+      _exit(NOT_ARMED);
+  };
+}
+
+}  // namespace forked
+
+// The thread that forked ends where the child has made another, and so no alarm has two that wait for it.
+TEST_F(Alarm, ChildOfTheProcedureReturnsWithAnAlarmArmed) {
+  in_new_process([] {
+    EXPECT_EQ(alarm_of(1, forked::fork_and_arm), 0);
+    clock_shows = START + SECOND;
+    wait_for_call();
+    EXPECT_TRUE(WIFEXITED(forked::status)) << forked::status;
+    EXPECT_EQ(WEXITSTATUS(forked::status), forked::DONE);
+    // The parent's thread is its only one, as before.
+    for (int i = 1; i <= 3; ++i) {
+      EXPECT_EQ(alarm_of(2), 0);
+      clock_shows = clock_shows + 2 * SECOND;
+      wait_for_call();
+      let_the_thread_idle();
+      EXPECT_EQ(calls, i);
+    }
+    EXPECT_EQ(threads_made, 1);
+  });
+}
+
+// Else it is the child's thread for alarms.
+TEST_F(Alarm, ChildOfTheProcedureReturnsWithoutAnAlarm) {
+  in_new_process([] {
+    EXPECT_EQ(alarm_of(1, forked::fork_and_return), 0);
+    clock_shows = START + SECOND;
+    wait_for_call();
+    EXPECT_TRUE(WIFEXITED(forked::status)) << forked::status;
+    EXPECT_EQ(WEXITSTATUS(forked::status), forked::DONE);
   });
 }
 

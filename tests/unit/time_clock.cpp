@@ -170,10 +170,38 @@ TEST(Dclock, ProgramOfAnyName) {
     });
 }
 
+// What a child counts from is the instant that its parent has counted from, and not its own start.
 TEST(Dclock, ChildGoesOnCounting) {
   in_child([] {
-    const double before = dclock_();
-    in_child([before] { EXPECT_GE(dclock_(), before); });
+    usleep(50000);
+    const double earliest = uptime();
+    const double parents = dclock_();
+    const double latest = uptime();
+    in_child([=] {
+      const double before = uptime();
+      const double childs = dclock_();
+      const double after = uptime();
+      EXPECT_GE(childs, parents + (before - latest) - 1e-6);
+      EXPECT_LE(childs, parents + (after - earliest) + 1e-6);
+    });
+  });
+}
+
+// Without a descriptor to read it by, the start is not known: the first call counts from itself.
+TEST(Dclock, WithoutDescriptorsCountsFromTheFirstCall) {
+  in_child([] {
+    usleep(50000);
+    rlimit none;
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &none), 0);
+    none.rlim_cur = 0;
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    const double before = uptime();
+    double first = -1;
+    EXPECT_EQ(state_after([&] { first = dclock_(); }), untouched());
+    const double within = uptime() - before;
+    EXPECT_GE(first, 0.0);
+    EXPECT_LE(first, within + 1e-6);
+    expect_between([before] { return uptime() - before; }, dclock_, within + 1e-6);
   });
 }
 

@@ -13,7 +13,7 @@ namespace {
 long processors = 1;
 int times_asked_for_processors;
 tms ticks;
-clock_t clock_microseconds;
+int64_t clock_microseconds;
 rusage usage;
 int asked_for;
 
@@ -31,7 +31,7 @@ int getrusage(__rusage_who_t who, rusage *result) noexcept {
 }
 
 clock_t clock() noexcept {
-  return clock_microseconds;
+  return static_cast<clock_t>(clock_microseconds);
 }
 
 // The narrow clock() is not asked on a 32-bit target.
@@ -41,7 +41,8 @@ int clock_gettime(clockid_t id, timespec *now) noexcept {
       dlsym(RTLD_NEXT, sizeof(void *) == 8 ? "clock_gettime" : "__clock_gettime64"));
   if (id != CLOCK_PROCESS_CPUTIME_ID)
     return original(id, now);
-  *now = {clock_microseconds / 1000000, clock_microseconds % 1000000 * 1000 + 999};
+  *now = {static_cast<time_t>(clock_microseconds / 1000000),
+          static_cast<long>(clock_microseconds % 1000000 * 1000 + 999)};
   return 0;
 }
 
@@ -221,7 +222,23 @@ TEST(Dtime, DifferenceOfLongTimesIsExact) {
 }
 
 // Ticks and microseconds have no sign.
-TEST(Dtime, CountersBeyondTheirSign) {
+TEST(Dtime, MicrosecondsBeyondTheirSign) {
+  IN_A_NEW_PROCESS({
+    processors = 2;
+    set_ticks(0, 0);
+    EXPECT_EQ(times_of(dtimer8_).user, 0);
+    if constexpr (sizeof(clock_t) == 8) {
+      clock_microseconds = INT64_MIN + 500000;
+      EXPECT_EQ(times_of(dtimer8_).user, (9223372036854775808.0 + 500000) / 1e6);
+    } else {
+      // Beyond all that a narrow counter can tell.
+      clock_microseconds = 5000500000;
+      EXPECT_EQ(times_of(dtimer8_).user, 5000.5);
+    }
+  });
+}
+
+TEST(Dtime, TicksBeyondTheirSign) {
   IN_A_NEW_PROCESS({
     constexpr clock_t FAR = static_cast<clock_t>(1UL << (8 * sizeof(clock_t) - 1));
     set_ticks(FAR, 0);

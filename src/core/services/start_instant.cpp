@@ -5,6 +5,7 @@
 #include "contract/services.h"
 
 #include <atomic>
+#include <cerrno>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
@@ -35,13 +36,17 @@ double now() {
   return boot() + seconds_of(CLOCK_BOOTTIME);
 }
 
-// What the system tells of this process: the number of bytes, 0 where it tells nothing.
+// What the system tells of this process: the number of bytes, 0 where it tells nothing. That is no error of the
+// caller's, and errno stays.
 size_t read_status(char *text, size_t size) {
+  const int saved = errno;
+  ssize_t count = 0;
   const int file = open("/proc/self/stat", O_RDONLY | O_CLOEXEC);
-  if (file < 0)
-    return 0;
-  const ssize_t count = read(file, text, size);
-  close(file);
+  if (file >= 0) {
+    count = read(file, text, size);
+    close(file);
+  }
+  errno = saved;
   return count > 0 ? static_cast<size_t>(count) : 0;
 }
 
