@@ -33,6 +33,7 @@ program ieee
       integer(c_int32_t), value :: bits
     end subroutine
   end interface
+  integer, parameter :: came_back = 4, killed_by_sigfpe = 128 + 8
   character(:), allocatable, save :: self, directory
   character(32) :: task
 
@@ -48,6 +49,7 @@ program ieee
   call check_handler_words()
   call check_address()
   call check_traps()
+  call check_unmasked_flags()
   call check_sse_masks()
   call remove_directory(directory)
   call finish()
@@ -74,12 +76,25 @@ contains
     call check(ieee_handler('clear', 'all', last_word) == 0_c_intptr_t, 'clear all')
   end subroutine
 
-  ! Masks of the SSE unit, by way of C.
+  ! Masks of the SSE unit, by way of C. The x87 unit, which computes for a 32-bit target, has its own.
   subroutine check_sse_masks()
-    call ieee_set_mxcsr(8)
-    call ieee_clear_mxcsr(8)
-    call compute('division8')
-    call check(.true., 'no trap')
+    logical, parameter :: is_64_bit = bit_size(0_c_intptr_t) == 64
+    call check(status_of('sse-unmasked_division8'), merge(killed_by_sigfpe, came_back, is_64_bit), 'unmasked in the SSE unit')
+    call check(status_of('sse-masked_division8'), came_back, 'masked again in the SSE unit')
+    call check(status_of('sse-unmasked_division10'), came_back, 'the x87 unit stays masked')
+  end subroutine
+
+  subroutine set_masks(how, exception)
+    character(*), intent(in) :: how, exception
+    select case (how)
+    case ('sse-unmasked')
+      call ieee_set_mxcsr(8)
+    case ('sse-masked')
+      call ieee_set_mxcsr(8)
+      call ieee_clear_mxcsr(8)
+    case default
+      call set_flags(how, exception)
+    end select
   end subroutine
 
   subroutine kill_self()

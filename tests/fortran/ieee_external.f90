@@ -11,7 +11,7 @@ program ieee_external
   use checks, only: check, finish
   use scratch, only: quoted, remove_directory, scratch_directory
   implicit none
-  integer, parameter :: journal = 10
+  integer, parameter :: journal = 10, came_back = 4, killed_by_sigfpe = 128 + 8
   integer(4), external :: ieee_flags
   integer(c_intptr_t), external :: ieee_handler
   external :: last_word
@@ -28,10 +28,16 @@ program ieee_external
   call check_exceptions()
   call check_handler_words()
   call check_traps()
+  call check_unmasked_flags()
   call remove_directory(directory)
   call finish()
 
 contains
+
+  subroutine set_masks(how, exception)
+    character(*), intent(in) :: how, exception
+    call set_flags(how, exception)
+  end subroutine
 
   subroutine kill_self()
     integer(4), external :: getpid, kill

@@ -12,7 +12,7 @@ struct Change {
 };
 
 std::vector<Change> changes;
-int status_reads, clears;
+int status_reads, clears, clears_before_change;
 uint32_t service_control, service_status;
 
 void forget_calls() {
@@ -33,6 +33,7 @@ constexpr size_t LONGEST = 9;
 }  // namespace
 
 uint32_t controlfp(uint32_t value, uint32_t mask) {
+  clears_before_change = clears;
   changes.push_back({value, mask});
   service_control = (service_control & ~mask) | (value & mask);
   return service_control;
@@ -191,6 +192,8 @@ TEST_F(IeeeFlags, ClearAll) {
     forget_calls();
     EXPECT_EQ(ieee_flags("clearall", rest, rest), answered(0));
     EXPECT_EQ(clears, 1);
+    EXPECT_EQ(clears_before_change, 1) << "the flags come first";
+    EXPECT_EQ(status_reads, 0);
     EXPECT_EQ(service_control, 0x40000U | 0x8001F);
   }
 }
@@ -199,7 +202,8 @@ TEST_F(IeeeFlags, UnknownWordsChangeNothing) {
   const std::string long_word(1000, 'x');
   const std::string unknown[] = {
       "",      " ",       " get",  "ge",      "gett",         "clear all", "clearal",
-      "reset", "get,set", "get\t", long_word, "getdirection", "setclear",  std::string("get\0", 4)};
+      "reset", "get,set", "get\t", long_word, "getdirection", "setclear",  std::string("get\0", 4),
+      std::string(20, 'g'), std::string(21, 'g')};
   for (const std::string &action : unknown) {
     if (action == "clear all")  // ends at its blank: "clear", whose words are looked at below
       continue;
@@ -211,7 +215,7 @@ TEST_F(IeeeFlags, UnknownWordsChangeNothing) {
       EXPECT_EQ(ieee_flags(action, mode, "all"), answered(1)) << mode;
   for (const std::string &in :
        {std::string(), std::string("  "), std::string("near"), std::string("nearestt"),
-        std::string(" nearest"), std::string("up"), long_word}) {
+        std::string(" nearest"), std::string("up"), std::string(20, 'n'), std::string(21, 'n'), long_word}) {
     EXPECT_EQ(ieee_flags("set", "direction", in), answered(1)) << in;
     EXPECT_EQ(ieee_flags("set", "precision", in), answered(1)) << in;
     EXPECT_EQ(ieee_flags("set", "exception", in), answered(1)) << in;
@@ -230,7 +234,8 @@ TEST_F(IeeeFlags, UnknownWordsChangeNothing) {
 TEST_F(IeeeFlags, WordsEndAtTheirFirstBlank) {
   service_control = 0x100;
   EXPECT_EQ(ieee_flags("GET and more", "Direction of it"), answered(1, "negative"));
-  EXPECT_EQ(ieee_flags(padded("get", 1000), padded("direction", 1000)), answered(1, "negative"));
+  for (const size_t length : {19, 20, 21, 1000})
+    EXPECT_EQ(ieee_flags(padded("get", length), padded("direction", length)), answered(1, "negative"));
   EXPECT_EQ(ieee_flags("set   ", "direction   ", "tozero x"), answered(0));
   EXPECT_EQ(service_control, 0x300U);
   EXPECT_EQ(ieee_flags("clear all", "direction"), answered(0));

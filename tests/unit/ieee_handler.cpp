@@ -6,10 +6,15 @@
 #include "ieee_calls.h"
 #include "outcome.h"
 
+#include <atomic>
 #include <csignal>
-#include <sys/mman.h>
-#include <ucontext.h>
+#include <thread>
 #include <vector>
+
+// The thread sanitizer ends children of a process with threads that start threads, unless it is told not to.
+extern "C" const char *__tsan_default_options() {
+  return "die_after_fork=0";
+}
 
 namespace {
 
@@ -43,6 +48,10 @@ std::vector<intptr_t> cells() {
   return found;
 }
 
+// Looked at before main, when nobody has set or cleared anything.
+const std::vector<intptr_t> CELLS_AT_FIRST = cells();
+const bool DEFAULT_ACTION_AT_FIRST = action_of_sigfpe().sa_handler == SIG_DFL;
+
 constexpr uint32_t in_x87(uint32_t sse_masks) {
   return sse_masks >> 7;
 }
@@ -70,8 +79,19 @@ TEST_F(IeeeHandler, CodesAreExported) {
 }
 
 TEST_F(IeeeHandler, NoProcedureAtFirst) {
-  EXPECT_EQ(cells(), std::vector<intptr_t>({0, 0, 0, 0, 0}));
-  EXPECT_TRUE(action_of_sigfpe().sa_handler == SIG_DFL) << "get and clear install nothing";
+  EXPECT_EQ(CELLS_AT_FIRST, std::vector<intptr_t>({0, 0, 0, 0, 0}));
+  EXPECT_TRUE(DEFAULT_ACTION_AT_FIRST) << "get installs nothing";
+}
+
+TEST_F(IeeeHandler, ClearInstallsNothing) {
+  for (const sighandler_t before : {SIG_DFL, SIG_IGN}) {
+    signal(SIGFPE, before);
+    for (const char *exception :
+         {"invalid", "division", "overflow", "underflow", "inexact", "common", "all"}) {
+      EXPECT_EQ(ieee_handler("clear", exception, first), 0);
+      EXPECT_TRUE(action_of_sigfpe().sa_handler == before) << exception;
+    }
+  }
 }
 
 TEST_F(IeeeHandler, SetAndClearOne) {
@@ -345,6 +365,71 @@ TEST_F(IeeeHandler, FlagsRaisedBeforeDoNotTrap) {
                 _exit(1);
             }).exit_code(),
             CAME_BACK);
+}
+
+namespace {
+
+// Runs the body on a thread that waits for its turn.
+class WaitingThread {
+public:
+  explicit WaitingThread(void (*body)())
+      : thread_([this, body] {
+          while (!may_go_)
+            std::this_thread::yield();
+          body();
+        }) {}
+  void run() {
+    may_go_ = true;
+    thread_.join();
+  }
+
+private:
+  std::atomic<bool> may_go_ = false;
+  std::thread thread_;
+};
+
+}  // namespace
+
+// The masks are the thread's that sets them and those of threads that it starts from then on; the procedures
+// serve all.
+TEST_F(IeeeHandler, ThreadsStartedLaterTrap) {
+  for (void (*const raise_it)() : {raise_zero_divide<double>, raise_zero_divide<long double>}) {
+    const ChildReport later = end_of([&] {
+      ieee_handler("set", "division", report);
+      std::thread(raise_it).join();
+      printf("no trap\n");
+      fflush(stdout);
+    });
+    EXPECT_EQ(later.exit_code(), HANDLED);
+    EXPECT_EQ(later.out, "8 131\n");
+  }
+}
+
+TEST_F(IeeeHandler, ThreadsStartedBeforeDoNotTrap) {
+  for (void (*const raise_it)() : {raise_zero_divide<double>, raise_zero_divide<long double>}) {
+    const ChildReport earlier = end_of([&] {
+      WaitingThread thread(raise_it);
+      ieee_handler("set", "division", report);
+      thread.run();
+      printf("no trap\n");
+      fflush(stdout);
+      raise_it();
+    });
+    EXPECT_EQ(earlier.exit_code(), HANDLED) << "the thread that set it";
+    EXPECT_EQ(earlier.out, "no trap\n8 131\n");
+    // Such a thread unmasks its exceptions itself, and has the same procedure.
+    const ChildReport unmasked = end_of([&] {
+      WaitingThread thread(+[] {
+        ieee_flags("set", "exception", "division");
+        raise_zero_divide<double>();
+        raise_zero_divide<long double>();
+      });
+      ieee_handler("set", "division", report);
+      thread.run();
+    });
+    EXPECT_EQ(unmasked.exit_code(), HANDLED);
+    EXPECT_EQ(unmasked.out, "8 131\n");
+  }
 }
 
 TEST_F(IeeeHandler, DenormalOperandIsAnUnderflow) {
