@@ -200,10 +200,22 @@ TEST_F(IeeeFlags, ClearAll) {
 
 TEST_F(IeeeFlags, UnknownWordsChangeNothing) {
   const std::string long_word(1000, 'x');
-  const std::string unknown[] = {
-      "",      " ",       " get",  "ge",      "gett",         "clear all", "clearal",
-      "reset", "get,set", "get\t", long_word, "getdirection", "setclear",  std::string("get\0", 4),
-      std::string(20, 'g'), std::string(21, 'g')};
+  const std::string unknown[] = {"",
+                                 " ",
+                                 " get",
+                                 "ge",
+                                 "gett",
+                                 "clear all",
+                                 "clearal",
+                                 "reset",
+                                 "get,set",
+                                 "get\t",
+                                 long_word,
+                                 "getdirection",
+                                 "setclear",
+                                 std::string("get\0", 4),
+                                 std::string(20, 'g'),
+                                 std::string(21, 'g')};
   for (const std::string &action : unknown) {
     if (action == "clear all")  // ends at its blank: "clear", whose words are looked at below
       continue;

@@ -36,8 +36,8 @@ double now() {
   return boot() + seconds_of(CLOCK_BOOTTIME);
 }
 
-// What the system tells of this process: the number of bytes, 0 where it tells nothing. That is no error of the
-// caller's, and errno stays.
+// What the system tells of this process: the number of bytes, 0 where it tells nothing. That is no error of
+// the caller's, and errno stays.
 size_t read_status(char *text, size_t size) {
   const int saved = errno;
   ssize_t count = 0;
