@@ -4,11 +4,13 @@
 #include "outcome.h"
 
 #include <atomic>
+#include <csignal>
 #include <ctime>
 #include <dlfcn.h>
 #include <pthread.h>
 #include <sched.h>
 #include <semaphore.h>
+#include <sys/prctl.h>
 #include <thread>
 
 // The thread sanitizer ends children of a process with threads that start threads, unless it is told not to.
@@ -405,11 +407,23 @@ TEST_F(Alarm, ChildOfTheProcedureHasNoneAndMayArmItsOwn) {
 namespace forked {
 
 constexpr int ALARMS = 20;
-constexpr int DONE = 42, CALLED_TOO_OFTEN = 43, CALLED_ELSEWHERE = 44, NOT_ARMED = 45, THREAD_MADE = 46;
+constexpr int DONE = 42, CALLED_TOO_OFTEN = 43, CALLED_ELSEWHERE = 44, NOT_ARMED = 45, THREAD_MADE = 46,
+              FORKED_AGAIN = 47;
 
-std::atomic<int> status;
+std::atomic<int> status, forks;
 int alarms;
 pthread_t made_thread;
+
+// Once only, in a process and its children: a procedure that is called too often shall not fill the machine.
+// The child ends with the process that waits for it.
+pid_t fork_once() {
+  if (forks++ > 0)
+    _exit(FORKED_AGAIN);
+  const pid_t child = fork();
+  if (child == 0)
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+  return child;
+}
 
 void wait_for(pid_t child) {
   int answer = -1;
@@ -435,7 +449,7 @@ void next_one() {
 
 // Returns in both processes.
 void fork_and_arm() {
-  const pid_t child = fork();
+  const pid_t child = fork_once();
   if (child > 0) {
     wait_for(child);
     return;
@@ -447,7 +461,7 @@ void fork_and_arm() {
 }
 
 void fork_and_return() {
-  const pid_t child = fork();
+  const pid_t child = fork_once();
   if (child > 0) {
     wait_for(child);
     return;
