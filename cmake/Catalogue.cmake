@@ -16,6 +16,8 @@ set(QXPORT_MODULE_SOURCE ${QXPORT_GENERATED}/fortran/qxport.f90)
 set(QXPORT_VERSION_SCRIPT ${QXPORT_GENERATED}/symbols/libqxportmt.map)
 set(QXCORE_VERSION_SCRIPT ${QXPORT_GENERATED}/symbols/libqxcoremt.map)
 set(QXPORT_MODULE_DIR ${PROJECT_BINARY_DIR}/modules)
+# CMake looks for them before they are made, where another project has these sources below it.
+file(MAKE_DIRECTORY ${QXPORT_GENERATED}/include ${QXPORT_MODULE_DIR})
 
 # A stamp, not the files, is the output: unchanged files keep their times, and nothing is rebuilt for a changed text.
 add_custom_command(

@@ -1,4 +1,5 @@
-// The numbers by which the binding reports what no host call did. Some hosts use them for failures of rare facilities too.
+// The numbers by which the binding reports what no host call did. Some hosts use them for failures of rare
+// facilities too.
 #ifndef QXPORT_FRAME_ERROR_NUMBERS_H
 #define QXPORT_FRAME_ERROR_NUMBERS_H
 

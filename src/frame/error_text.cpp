@@ -16,12 +16,19 @@ constexpr int32_t LAST_MESSAGE = 1008;
 
 const char *own_text(int32_t number) {
   switch (number) {
-    case EEND: return "End of file";
-    case EARRAYLEN: return "Array length or index out of range";
-    case ENONAME: return "Unknown structure, component or constant name";
-    case ENOHANDLE: return "Invalid structure handle";
-    case ETRUNC: return "Text was cut to the length of the variable";
-    default: return number >= FIRST_MESSAGE && number <= LAST_MESSAGE ? err_array[number - FIRST_MESSAGE + 1] : nullptr;
+  case EEND:
+    return "End of file";
+  case EARRAYLEN:
+    return "Array length or index out of range";
+  case ENONAME:
+    return "Unknown structure, component or constant name";
+  case ENOHANDLE:
+    return "Invalid structure handle";
+  case ETRUNC:
+    return "Text was cut to the length of the variable";
+  default:
+    return number >= FIRST_MESSAGE && number <= LAST_MESSAGE ? err_array[number - FIRST_MESSAGE + 1]
+                                                             : nullptr;
   }
 }
 

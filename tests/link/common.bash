@@ -95,3 +95,7 @@ program_fortran() {
 apigen() {
   "$PYTHON" "$SOURCE_DIR/tools/apigen.py" --api "$SOURCE_DIR/api" "$@"
 }
+
+# options_of WORD...: what pkg-config answers into `options`. Blanks of a prefix have a backslash before them.
+options=()
+options_of() { eval "options=($(pkg-config "$@"))"; }

@@ -96,10 +96,6 @@ runs_installed() {
   fail "$2 does not run: $printed"
 }
 
-# options_of WORD...: what pkg-config answers into `options`. Blanks of a prefix have a backslash before them.
-options=()
-options_of() { eval "options=($(pkg-config "$@"))"; }
-
 # serves_pkg_config PREFIX: the command lines that the README gives.
 serves_pkg_config() {
   local installed=$1

@@ -33,16 +33,17 @@ class ErrorText : public testing::TestWithParam<Row> {};
 
 INSTANTIATE_TEST_SUITE_P(
     Rows, ErrorText,
-    testing::Values(Row{EPIPE, "Broken pipe"}, Row{ENOENT, "No such file or directory"}, Row{EINVAL, "Invalid argument"},
-                    Row{0, "Success"}, Row{124, "Wrong medium type"}, Row{125, "Array length or index out of range"},
-                    Row{126, "Unknown structure, component or constant name"}, Row{127, "Invalid structure handle"},
-                    Row{128, "Key has been revoked"}, Row{129, "Text was cut to the length of the variable"},
-                    Row{130, "Owner died"}, Row{-1, "End of file"}, Row{-2, "No such file or directory"},
-                    Row{-9, "Bad file descriptor"}, Row{999, "Unknown error 999"}, Row{1000, "Unknown error 1000"},
-                    Row{1001, "Input parameters contain invalid parameter address"}, Row{1007, "Input value was invalid"},
-                    Row{1008, "Portability function 'ALARM' can't work without 'lpthread' library"},
-                    Row{1009, "Unknown error 1009"}, Row{INT32_MAX, "Unknown error 2147483647"},
-                    Row{-INT32_MAX, "Unknown error 2147483647"}, Row{INT32_MIN, "Unknown error -2147483648"}));
+    testing::Values(
+        Row{EPIPE, "Broken pipe"}, Row{ENOENT, "No such file or directory"}, Row{EINVAL, "Invalid argument"},
+        Row{0, "Success"}, Row{124, "Wrong medium type"}, Row{125, "Array length or index out of range"},
+        Row{126, "Unknown structure, component or constant name"}, Row{127, "Invalid structure handle"},
+        Row{128, "Key has been revoked"}, Row{129, "Text was cut to the length of the variable"},
+        Row{130, "Owner died"}, Row{-1, "End of file"}, Row{-2, "No such file or directory"},
+        Row{-9, "Bad file descriptor"}, Row{999, "Unknown error 999"}, Row{1000, "Unknown error 1000"},
+        Row{1001, "Input parameters contain invalid parameter address"}, Row{1007, "Input value was invalid"},
+        Row{1008, "Portability function 'ALARM' can't work without 'lpthread' library"},
+        Row{1009, "Unknown error 1009"}, Row{INT32_MAX, "Unknown error 2147483647"},
+        Row{-INT32_MAX, "Unknown error 2147483647"}, Row{INT32_MIN, "Unknown error -2147483648"}));
 
 TEST_P(ErrorText, IsThatOfTheNumber) {
   const std::string expected = padded(GetParam().text, 80);

@@ -2,6 +2,8 @@
 
 import re
 
+# Programs that are linked now say what they need; a change that they would notice gets a version of its own.
+VERSION = "QXPORT_1.0"
 LIBRARIES = {"qxport": "libqxportmt", "qxcore": "libqxcoremt"}
 _PLAIN = re.compile(r"[A-Za-z_][A-Za-z0-9_]*\Z")
 
@@ -15,7 +17,7 @@ def outputs(catalogue, options):
 
 
 def version_script(symbols):
-    lines = ["{"]
+    lines = [f"{VERSION} {{"]
     if symbols:
         lines += ["  global:"] + [f"    {_quoted(symbol)};" for symbol in symbols]
     return "\n".join(lines + ["  local:", "    *;", "};", ""])
