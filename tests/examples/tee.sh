@@ -28,6 +28,8 @@ cat input input >twice
 expect '-a appends' cmp twice one
 printf 'short' | "$tee" two >/dev/null
 expect 'without -a a file is emptied first' test "$(cat two)" = short
+(umask 027 && "$tee" made </dev/null)
+expect 'a new file has the permissions that the mask leaves' test "$(stat -c %a made)" = 640
 
 mkfifo fifo
 cat fifo >from_fifo &
@@ -70,6 +72,23 @@ make_hindrance "$place/hindered.so"
 hindered "$tee" slowly <input >out
 expect 'interrupted calls lose nothing of the output' cmp input out
 expect 'interrupted calls lose nothing of a file' cmp input slowly
+
+# A host that tells at the close that what was written did not fit.
+cat >late.c <<'END'
+#include <errno.h>
+#include <unistd.h>
+int close(int descriptor) {
+  (void)descriptor;
+  errno = ENOSPC;
+  return -1;
+}
+END
+"$CC" "${hindered_width[@]}" -shared -fPIC -o "$place/late.so" late.c
+status=0
+preloaded "$place/late.so" "$tee" late <input >out 2>errors || status=$?
+expect 'a failed close gives status 1' test "$status" = 1
+expect 'a failed close of the output is told' grep -qx 'tee: standard output: No space left on device' errors
+expect 'a failed close of a file is told' grep -qx 'tee: late: No space left on device' errors
 
 # More files than can be open.
 status=0
