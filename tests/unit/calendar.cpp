@@ -88,6 +88,16 @@ TEST(Calendar, EverySecondAroundAChange) {
   }
 }
 
+// Centuries without a leap day, and the end of the calendar's cycle of 400 years.
+TEST(Calendar, EveryDayOfTwoCycles) {
+  const TimeZone zone("UTC0");
+  constexpr int DAYS = 146097;
+  for (int day = -DAYS; day < DAYS; ++day) {
+    expect_as_host(time_t{day} * 86400);
+    expect_way_back(time_t{day} * 86400 + 86399);
+  }
+}
+
 // Zones that count the leap seconds, the one of 2016-12-31 among them.
 TEST(Calendar, LeapSeconds) {
   for (const char *name : {"right/UTC", "right/Europe/Paris"}) {
