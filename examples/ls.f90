@@ -319,16 +319,14 @@ contains
 
   function size_text(item) result(text)
     type(entry), intent(in) :: item
-    character(:), allocatable :: text
-    character(24) :: buffer
+    character(:), allocatable :: text, minor
     integer(int64) :: device
     integer :: kind
     kind = iand(int(item%status(STAT_MODE)), MODE_TYPE_MASK)
     if (kind == MODE_CHARACTER_DEVICE .or. kind == MODE_BLOCK_DEVICE) then
       device = item%status(STAT_RDEV)
-      write (buffer, '(i0, a, i3)') iand(ishft(device, -8), 4095_int64), ', ', &
-        ior(iand(device, 255_int64), iand(ishft(device, -12), int(z'fff00', int64)))
-      text = trim(buffer)
+      minor = number_text(ior(iand(device, 255_int64), iand(ishft(device, -12), int(z'fff00', int64))))
+      text = number_text(iand(ishft(device, -8), 4095_int64))//', '//repeat(' ', max(3 - len(minor), 0))//minor
     else
       text = number_text(item%status(STAT_SIZE))
     end if

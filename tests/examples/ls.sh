@@ -55,6 +55,11 @@ chmod 4755 larger
 chmod 7644 old
 chmod 000 .dotfile
 truncate -s 5G sparse
+# The time of day for half a year, and not of what is still to come.
+touch -d '170 days ago' 'half a year'
+touch -d '200 days ago' 'more than half a year'
+touch -d '300 days ago' 'less than a year'
+touch -d 'tomorrow' tomorrow
 
 compare
 compare -a
@@ -119,6 +124,42 @@ status 2 not-there
 status 2 file not-there
 grep -q "not-there.*No such file or directory" "$tree/.errors" ||
   { echo 'FAILED: the reason of a missing name'; failures=$((failures + 1)); }
+
+# What few hosts have: numbers of a device as large as they can be, and a directory that nobody can read.
+cat >"$place/rare.c" <<'END'
+#define _GNU_SOURCE
+#include <dlfcn.h>
+#include <errno.h>
+#include <stdint.h>
+#include <string.h>
+#include <sys/sysmacros.h>
+int32_t qxport_lstati8_(const char *name, int64_t *status, intptr_t name_length) {
+  int32_t (*original)(const char *, int64_t *, intptr_t) =
+      (int32_t(*)(const char *, int64_t *, intptr_t))dlsym(RTLD_NEXT, "qxport_lstati8_");
+  const int32_t error = original(name, status, name_length);
+  status[6] = (int64_t)makedev(2741, 703710);
+  return error;
+}
+void pxfopendir_(const char *name, const int32_t *length, int32_t *handle, int32_t *error, intptr_t name_length) {
+  void (*original)(const char *, const int32_t *, int32_t *, int32_t *, intptr_t) =
+      (void (*)(const char *, const int32_t *, int32_t *, int32_t *, intptr_t))dlsym(RTLD_NEXT, "pxfopendir_");
+  original(name, length, handle, error, name_length);
+  if (memmem(name, *length, "deeper", 6) != NULL)
+    *error = EIO;
+}
+END
+"$CC" "${hindered_width[@]}" -shared -fPIC -o "$place/rare.so" "$place/rare.c" -ldl
+rare() { preloaded "$place/rare.so" "$ls" "$@"; }
+same 'the numbers of a large device' '2741, 703710' \
+  "$(rare -l /dev/null | sed -nE 's/.* ([0-9]+, +[0-9]+) .*/\1/p')"
+# Below a directory that was named such a failure is the lesser one.
+same 'a directory below that cannot be read' "ls: cannot open directory 'sub/deeper': Input/output error
+1" \
+  "$(rare -R sub 2>&1 >/dev/null || echo $?)"
+same 'a directory that cannot be read' "ls: cannot open directory 'sub/deeper': Input/output error
+2" \
+  "$(rare sub/deeper 2>&1 >/dev/null || echo $?)"
+same 'the greater failure counts' 2 "$(rare -R not-there sub >/dev/null 2>&1 || echo $?)"
 
 # What cannot be written is told, also what stands in a buffer until the end.
 for arguments in -a -l -lR; do
