@@ -272,7 +272,8 @@ TEST_F(FpWords, SettingIsTheThreads) {
   char byte = 0;
   std::thread earlier([&] {
     EXPECT_EQ(write(ready[1], "", 1), 1);
-    EXPECT_EQ(read(turn[0], &byte, 1), 1);
+    char go = 0;
+    EXPECT_EQ(read(turn[0], &go, 1), 1);
     before = setting();
   });
   ASSERT_EQ(read(ready[0], &byte, 1), 1);

@@ -278,10 +278,13 @@ TEST_F(Secnds, TimeOfDay) {
   });
 }
 
+// Where a division in double precision would come to the next REAL(4).
 TEST_F(Secnds, MicrosecondsAreDividedInSinglePrecision) {
   in_child([] {
-    EXPECT_EQ(at(1.1), static_cast<float>(1 + static_cast<double>(100000.0F / 1e6F)));
-    EXPECT_EQ(at(1.123457), static_cast<float>(1 + static_cast<double>(123457.0F / 1e6F)));
+    EXPECT_EQ(at(1.001185), 1.00118494F);
+    EXPECT_EQ(at(2.00237), 2.00236988F);
+    EXPECT_EQ(at(100.027668), 100.027664F);
+    EXPECT_EQ(at(3723.505249), 3723.50537F);
   });
 }
 
@@ -324,6 +327,11 @@ TEST_F(Secnds, SmallNegativeDifferencesAreNone) {
     EXPECT_EQ(at(2, 2.00197F), 2.0F - 2.00197F + 86400.0F);
     EXPECT_EQ(at(2, 3.0F), 86399.0F);
     EXPECT_EQ(at(2, 86400.0F), 2.0F);
+  });
+  // The last of them, and the one behind it.
+  in_child([] {
+    EXPECT_EQ(at(0, std::nextafter(0.00196F, 0.0F)), 0.0F);
+    EXPECT_EQ(at(0, 0.00196F), 86400.0F);
   });
 }
 

@@ -221,6 +221,16 @@ TEST(Dtime, DifferenceOfLongTimesIsExact) {
   });
 }
 
+// The sum is one of what the array has.
+TEST(Dtime, SumIsOfTheCallersPrecision) {
+  IN_A_NEW_PROCESS({
+    set_ticks(1, 4);
+    EXPECT_EQ(times_of(dtime_), (Single{0.01F + 0.04F, 0.01F, 0.04F}));
+    set_ticks(2, 8);
+    EXPECT_EQ(times_of(dtimer8_), (Double{(0.02 - 0.01) + (0.08 - 0.04), 0.02 - 0.01, 0.08 - 0.04}));
+  });
+}
+
 // Ticks and microseconds have no sign.
 TEST(Dtime, MicrosecondsBeyondTheirSign) {
   IN_A_NEW_PROCESS({

@@ -37,7 +37,7 @@ unsigned made_key() {
 
 void keep_state(uint32_t state) {
   unsigned key = key_of_state.load(std::memory_order_acquire);
-  if (key == 0 && state != 0)
+  if (key == 0)
     key = made_key();
   if (key != 0)
     pthread_setspecific(key - 1, reinterpret_cast<void *>(static_cast<uintptr_t>(state)));
