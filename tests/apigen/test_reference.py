@@ -1,5 +1,6 @@
 """The reference: man pages render without warnings, HTML is well formed and its links lead somewhere."""
 
+import json
 import os
 import re
 import subprocess
@@ -103,6 +104,11 @@ class Html(CatalogueCase):
                     "QUOTEScharacter(6)'a'b\"\\'a word"):
             self.assertIn(row, text)
 
+    def test_logical_constant_may_be_false(self):
+        self.write({"compat_sample.toml": SAMPLE.replace("value = true", "value = false")})
+        self.generate("--only", "html")
+        self.assertIn("YESlogical(4).false.a truth", Page(self.read("html/sample.html")).text)
+
     def test_uses_of_arguments_are_told_apart(self):
         text = self.pages["sample.html"].text
         for row in ("answerinteger(4)inputnamed as", "answer_leninteger(c_intptr_t)input and outputnamed as",
@@ -120,6 +126,16 @@ class Html(CatalogueCase):
             "LEAST_LONG", "NSIG", "opaque_record", "other8", "pair", "pair8", "pair_record", "plain", "pxfsend", "QUOTES",
             "qxport_numbers", "receive", "SA_SIGINFO", "sample_record", "SC_NPROCESSORS_ONLN", "shiftl", "SIGINT",
             "SIGNOTHING", "SIGTERM", "YES"])
+
+    def test_searched_words_are_those_of_the_names(self):
+        page = self.read("html/index.html")
+        names = re.findall('<li data-name="([^"]*)"', page)
+        words = json.loads(re.search("var WORDS = (.*);\n", page)[1])
+        self.assertEqual(len(words), len(names))
+        words_of = dict(zip(names, words))
+        self.assertEqual(words_of["opaque_record"], "nobody looks into it.")
+        self.assertEqual(words_of["constants"], "")
+        self.assertIn("what everything is not.", words_of["pair_record"])
 
     def test_note_names_the_target(self):
         self.assertIn("This routine exists on 32-bit targets only.", self.pages["sample.html"].text)

@@ -208,11 +208,14 @@ says $'failed 2\nand still here'
 complains '1: Too many open files'
 limited 10 127 "$place/script"
 complains 'Too many open files'
-limited 5 0 -c 'echo a | cat | cat | cat; echo failed $?; echo and still here'
+limited 5 0 -c 'echo a | cat | cat | cat; echo failed $?; echo and still here | cat'
 says $'failed 2\nand still here'
 complains 'cannot start a process: Too many open files'
 limited 14 0 -c "$(for number in {1..30}; do echo 'true | true; cd . > other; true &'; done)"$'\nwait; echo end'
 says end
+shell 0 -c 'echo a >&12; echo failed $?'
+says 'failed 2'
+complains '12: Bad file descriptor'
 
 # Calls that are interrupted, and do little at a time.
 make_hindrance "$place/hindered.so"

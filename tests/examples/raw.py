@@ -32,9 +32,11 @@ def read_until(master, text):
     return seen
 
 
-def run(end):
-    """Starts raw on a terminal of its own, lets `end` end it, and answers its status and the modes around it."""
+def run(end, typed=b""):
+    """Starts raw on a terminal of its own, where something may have been typed, lets `end` end it, and answers its
+    status and the modes around it."""
     master, slave = pty.openpty()
+    os.write(master, typed)
     before = termios.tcgetattr(slave)
     program = subprocess.Popen(
         [sys.argv[1]], stdin=slave, stdout=slave, stderr=slave, start_new_session=True, env=environment
@@ -62,6 +64,14 @@ expect("keys come one by one", not during[3] & termios.ICANON)
 expect("keys are not echoed", not during[3] & termios.ECHO)
 expect("the modes are as before", after == before)
 expect("the terminal was another before", before != during)
+
+
+def press_q(master, program):
+    os.write(master, b"q")
+    expect("what was typed before is dropped", b"key x" not in read_until(master, b"key q 113"))
+
+
+run(press_q, b"x")
 
 for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP, signal.SIGQUIT):
     status, before, during, after = run(lambda master, program: program.send_signal(number))

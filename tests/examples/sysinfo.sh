@@ -111,6 +111,7 @@ END
     [[ -z $bits ]] || same "bits of $name" "$((value & 0xFFFFFFFF))" "$((bits))"
   done <"$work/constants"
   same 'bits of permissions' 'S_IRWXU 448 0700' "$(grep '^S_IRWXU' "$work/constants")"
+  same 'no bits' 'TAB0 0 0' "$(grep '^TAB0' "$work/constants")"
   same 'bits of an action' 'SA_NOCLDSTOP 1 0x1' "$(grep '^SA_NOCLDSTOP' "$work/constants")"
   same 'a plain number' 'SIGINT 2' "$(grep '^SIGINT ' "$work/constants")"
 }
