@@ -41,7 +41,7 @@ def run(end, typed=b""):
     program = subprocess.Popen(
         [sys.argv[1]], stdin=slave, stdout=slave, stderr=slave, start_new_session=True, env=environment
     )
-    read_until(master, b"press keys")
+    expect("what was typed before is dropped", b"key x" not in read_until(master, b"press keys"))
     during = termios.tcgetattr(slave)
     end(master, program)
     status = program.wait(timeout=20)
