@@ -24,8 +24,13 @@ foreach(qxport_linkage shared static)
       qxport::core_${qxport_provider}_${qxport_linkage}_library)
   endforeach()
   add_library(qxport::qxport${qxport_suffix} INTERFACE IMPORTED ${QXPORT_TARGET_SCOPE})
-  target_link_libraries(qxport::qxport${qxport_suffix} INTERFACE qxport::${qxport_linkage}_library
-    $<IF:${qxport_is_gnu},qxport::core_gnu${qxport_suffix},qxport::core_posix${qxport_suffix}>)
+  set(qxport_core $<IF:${qxport_is_gnu},qxport::core_gnu${qxport_suffix},qxport::core_posix${qxport_suffix}>)
+  target_link_libraries(qxport::qxport${qxport_suffix} INTERFACE qxport::${qxport_linkage}_library ${qxport_core})
+  get_target_property(qxport_is_imported qxport::${qxport_linkage}_library IMPORTED)
+  if(qxport_is_imported)
+    # It stands before its companion, wherever else a project names that one.
+    target_link_libraries(qxport::${qxport_linkage}_library INTERFACE ${qxport_core})
+  endif()
 endforeach()
 # A program that another compiler links has the run-time of the static companion only when it is told.
 target_link_libraries(qxport::core_gnu_static INTERFACE $<$<NOT:$<LINK_LANGUAGE:Fortran>>:gfortran>
@@ -33,5 +38,7 @@ target_link_libraries(qxport::core_gnu_static INTERFACE $<$<NOT:$<LINK_LANGUAGE:
 unset(qxport_languages)
 unset(qxport_is_gnu)
 unset(qxport_linkage)
+unset(qxport_core)
+unset(qxport_is_imported)
 unset(qxport_suffix)
 unset(qxport_provider)

@@ -28,7 +28,7 @@ compile_c again "$sources/load_again.c" "$QXPORT_LIB/libqxportmt.a" "$QXCORE_LIB
 makes_no_call ./again
 
 program_c keeps_records "$sources/load_keeps_records.c" -Wl,--whole-archive "$QXPORT_LIB/libqxportmt.a" \
-  -Wl,--no-whole-archive "$QXCORE_LIB/libqxcoremt_posix.a"
+  -Wl,--no-whole-archive "$QXCORE_LIB/libqxcoremt_posix.a" -lm
 
 # constructors ARCHIVE: the objects that have something to run when they are loaded, each with its priority's section.
 constructors() {

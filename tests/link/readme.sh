@@ -57,7 +57,7 @@ for block in sh.*; do
   done <"$block"
 done
 [[ -x a.out ]] || fail 'no program was built'
-nm prog.o | grep -q ' U qxport_access_' || fail 'nm shows something else'
+nm prog.o | grep -q ' U qxport_chdir_' || fail 'nm shows something else'
 grep -q find_package cmake.1 || fail 'the lines for CMake are not there'
 
 "$PYTHON" - "$SOURCE_DIR" <<'PYTHON' | expect_empty 'lists that are not those of the catalogue'

@@ -5,7 +5,7 @@ source "$(dirname "$0")/common.bash"
 
 # The dynamic symbols that a shared library defines or wants, without their versions.
 defined_symbols() {
-  nm -D --defined-only "$1" | awk '{ print $3 }' | sed 's/@.*//' | LC_ALL=C sort -u
+  nm -D --defined-only "$1" | awk '$2 != "A" { print $3 }' | sed 's/@.*//' | LC_ALL=C sort -u
 }
 # The symbols of an archive's objects, each with its letter: "W access_".
 archive_symbols() {

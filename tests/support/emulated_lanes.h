@@ -1,5 +1,6 @@
 // Vectors of any number of lanes, and of any element that can be compared, in plain code: the kernel of the
 // sort runs over them as it does over a processor's, and they can count and choose what they answer.
+// Functions, not code in line: the kernel unrolls all that it does.
 #ifndef TESTS_SUPPORT_EMULATED_LANES_H
 #define TESTS_SUPPORT_EMULATED_LANES_H
 
@@ -29,7 +30,7 @@ struct EmulatedLanes {
   // How many elements were compared with a pivot.
   inline static size_t parted = 0;
 
-  static V load(const Cell *from) {
+  [[gnu::noinline]] static V load(const Cell *from) {
     V vector;
     for (int lane = 0; lane < N; ++lane)
       vector.lanes[lane] = from[lane].value;
@@ -38,13 +39,13 @@ struct EmulatedLanes {
   static void store(Cell *to, V vector) {
     store_some(to, N, vector);
   }
-  static V load_some(const Cell *from, size_t count) {
+  [[gnu::noinline]] static V load_some(const Cell *from, size_t count) {
     V vector = all(qxport::sorting::Limits<T>::LARGEST);
     for (size_t lane = 0; lane < count; ++lane)
       vector.lanes[lane] = from[lane].value;
     return vector;
   }
-  static void store_some(Cell *to, size_t count, V vector) {
+  [[gnu::noinline]] static void store_some(Cell *to, size_t count, V vector) {
     for (size_t lane = 0; lane < count; ++lane)
       to[lane].value = vector.lanes[lane];
   }
@@ -53,32 +54,32 @@ struct EmulatedLanes {
     vector.lanes.fill(value);
     return vector;
   }
-  static bool any_greater(V a, V b) {
+  [[gnu::noinline]] static bool any_greater(V a, V b) {
     for (int lane = 0; lane < N; ++lane)
       if (a.lanes[lane] > b.lanes[lane])
         return true;
     return false;
   }
   template <int MASK>
-  static V flipped(V vector) {
+  [[gnu::noinline]] static V flipped(V vector) {
     V other;
     for (int lane = 0; lane < N; ++lane)
       other.lanes[lane] = vector.lanes[lane ^ MASK];
     return other;
   }
-  static void order(V &a, V &b) {
+  [[gnu::noinline]] static void order(V &a, V &b) {
     for (int lane = 0; lane < N; ++lane)
       if (a.lanes[lane] > b.lanes[lane])
         std::swap(a.lanes[lane], b.lanes[lane]);
   }
   template <int MASK>
-  static V order_lanes(V vector) {
+  [[gnu::noinline]] static V order_lanes(V vector) {
     for (int lane = 0; lane < N; ++lane)
       if (lane < (lane ^ MASK) && vector.lanes[lane] > vector.lanes[lane ^ MASK])
         std::swap(vector.lanes[lane], vector.lanes[lane ^ MASK]);
     return vector;
   }
-  static size_t spread(V vector, V pivot, Cell *left, Cell *right) {
+  [[gnu::noinline]] static size_t spread(V vector, V pivot, Cell *left, Cell *right) {
     parted += N;
     const auto is_greater = [&](T element) { return element > pivot.lanes[0]; };
     std::array<T, LANES> upper;

@@ -370,6 +370,19 @@ TEST(Counting, ValuesThatOccurOften) {
     }
 }
 
+// Their counters are zero again, among those of values that do not occur.
+TEST(Counting, ValuesThatOccur256TimesOrTwice) {
+  std::vector<int16_t> array(6000, 7);
+  for (size_t i = 0; i < 256; ++i)
+    array[3 * i] = 0x4321;
+  for (size_t i = 0; i < 512; ++i)
+    array[5000 + i] = -0x4321;
+  std::vector<int16_t> expected = array;
+  std::sort(expected.begin(), expected.end());
+  sort_numbers(best_tier(), Element::Integer2, array.data(), array.size());
+  EXPECT_EQ(array, expected);
+}
+
 // --- Strings
 
 namespace {
