@@ -20,12 +20,24 @@ install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/README.md ${PR
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples
         COMPONENT documentation FILES_MATCHING PATTERN "*.f90" PATTERN "README.md")
 # The command for programs that are to be ported, and what it and other tools know of the library.
-install(PROGRAMS ${PROJECT_SOURCE_DIR}/porting/qxport DESTINATION bin COMPONENT development)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/porting/qxporting DESTINATION share/qxport/python
+file(READ ${PROJECT_SOURCE_DIR}/porting/qxport command)
+foreach(place share:DATADIR:/qxport include:INCLUDEDIR:/qxport lib:LIBDIR:)
+  string(REGEX MATCH "^(.*):(.*):(.*)$" parts ${place})
+  set(inner ${CMAKE_MATCH_3})
+  set(plain "../${CMAKE_MATCH_1}${inner}")
+  cmake_path(ABSOLUTE_PATH CMAKE_INSTALL_BINDIR BASE_DIRECTORY /prefix OUTPUT_VARIABLE from)
+  cmake_path(ABSOLUTE_PATH CMAKE_INSTALL_${CMAKE_MATCH_2} BASE_DIRECTORY /prefix OUTPUT_VARIABLE to)
+  file(RELATIVE_PATH there ${from} ${to}${inner})
+  string(REPLACE "= \"${plain}\"" "= \"${there}\"" command "${command}")
+endforeach()
+file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/qxport CONTENT "${command}" @ONLY)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/porting/qxport)
+install(PROGRAMS ${PROJECT_BINARY_DIR}/qxport DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT development)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/porting/qxporting DESTINATION ${CMAKE_INSTALL_DATADIR}/qxport/python
         COMPONENT development FILES_MATCHING PATTERN "*.py")
 install(FILES ${QXPORT_GENERATED}/share/catalogue.json ${PROJECT_SOURCE_DIR}/porting/catalogue.schema.json
         ${PROJECT_SOURCE_DIR}/porting/doctor.schema.json
-        ${PROJECT_SOURCE_DIR}/porting/README.md DESTINATION share/qxport COMPONENT development)
+        ${PROJECT_SOURCE_DIR}/porting/README.md DESTINATION ${CMAKE_INSTALL_DATADIR}/qxport COMPONENT development)
 
 # One file a provider: qxport.pc names the run-time of the compiler that the library was built with. The prefix is told
 # from where the file lies, so that the tree can be moved, unless a directory was given as an absolute one.
@@ -54,7 +66,7 @@ endforeach()
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/qxport)
 install(EXPORT qxportTargets NAMESPACE qxport:: DESTINATION ${package_dir} COMPONENT development)
-set(QXPORT_COMMAND_DIR bin)
+set(QXPORT_COMMAND_DIR ${CMAKE_INSTALL_BINDIR})
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/qxportConfig.cmake.in
   ${PROJECT_BINARY_DIR}/qxportConfig.cmake INSTALL_DESTINATION ${package_dir}
   PATH_VARS QXPORT_COMMAND_DIR)

@@ -12,12 +12,12 @@ COMMANDS = {
 }
 
 
-def main(arguments, prefix):
+def main(arguments, installed):
     try:
         if arguments[:1] == ["doctor"]:  # what it hands on to the compiler is no option of its own
-            return doctor_command.run(arguments[1:], prefix)
+            return doctor_command.run(arguments[1:], installed)
         options = parse(arguments)
-        return options.command.run(options, prefix)
+        return options.command.run(options, installed)
     except Failure as failure:
         for line in failure.lines:
             print(f"qxport: {line}", file=sys.stderr)

@@ -31,13 +31,13 @@ def add_arguments(parser):
     parser.add_argument("--quiet", "-q", action="store_true", help="print nothing but errors")
 
 
-def run(options, prefix):
-    catalogue = catalogues.load(Path(prefix, "share/qxport"))
+def run(options, installed):
+    catalogue = catalogues.load(installed.share)
     areas = [area for text in options.of for area in text.split(",") if area] or [EVERYTHING]
     without = [name for text in options.without for name in text.split(",") if name]
     contents = choose(catalogue, options.modules, areas, renamings(options.names), without)
     compiler = Compiler(options.compiler)
-    made = make(options.modules, contents, catalogue.version, compiler, Path(prefix, "include/qxport"), options.output)
+    made = make(options.modules, contents, catalogue.version, compiler, Path(installed.include), options.output)
     if not options.quiet:
         tell(options, contents, compiler, made)
     return 0

@@ -156,6 +156,11 @@ from_the_installed_place() {
   "${as_user[@]}" "$CC" -o "$build/by_posix_pc" prog.c "${options[@]}" || fail 'no C program by pkg-config'
   prints 'Broken pipe' "$build/by_posix_pc"
 
+  # What the command says is where the libraries are, leads there.
+  printf '%s\n' 'integer access' 'external access' "if (access('/', 'r') /= 0) stop 1" "print '(a)', 'read'" end >old.f90
+  "${as_user[@]}" "$prefix/bin/qxport" doctor "$FC" -- old.f90 >doctor.log 2>&1 || true
+  grep -qF -- "$prefix/$libdir" doctor.log || { fail 'the command does not know where the libraries are'; cat doctor.log; }
+
   "${as_user[@]}" "$FC" -o "$build/plain" prog.f90 "-I$prefix/include/qxport" "-L$prefix/$libdir" -lqxportmt \
     -lqxcoremt_gnu || fail 'no program by a plain line'
   prints 'Broken pipe' "$build/plain"

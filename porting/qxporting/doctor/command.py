@@ -115,16 +115,16 @@ def _option(options, word, words):
         options.jobs = int(value)
 
 
-def run(arguments, prefix):
+def run(arguments, installed):
     options = parse(arguments)
-    catalogue = catalogues.load(Path(prefix, "share/qxport"))
+    catalogue = catalogues.load(installed.share)
     compiler = Compiler(options.compiler)
     sources, others = scan.collect(options.files, options.flags)
     names = renamings(options.names)
     for source in sources:
         scan.read(source)
     with tempfile.TemporaryDirectory(prefix="qxport-doctor-") as scratch:
-        diagnosis = _diagnose(Diagnosis(options, compiler, sources), others, names, catalogue, prefix, Path(scratch))
+        diagnosis = _diagnose(Diagnosis(options, compiler, sources), others, names, catalogue, installed, Path(scratch))
     if options.write_names:
         _write(options.write_names, report.names_file(diagnosis))
     sys.stdout.write(report.as_json(diagnosis) if options.json else report.as_text(diagnosis))
@@ -141,9 +141,9 @@ def _write(path, text):
         raise Failure(f"{path}: {error.strerror}", CANNOT) from error
 
 
-def _diagnose(diagnosis, others, names, catalogue, prefix, scratch):
+def _diagnose(diagnosis, others, names, catalogue, installed, scratch):
     options, compiler, sources = diagnosis.options, diagnosis.compiler, diagnosis.sources
-    include = Path(prefix, "include/qxport")
+    include = Path(installed.include)
     jobs = options.jobs or os.cpu_count() or 1
     workshop = Workshop(compiler, options.flags, scratch, [include, os.getcwd()], jobs,
                         Progress(len(sources), options.quiet))
@@ -187,10 +187,10 @@ def _diagnose(diagnosis, others, names, catalogue, prefix, scratch):
     diagnosis.served = judge.served
     diagnosis.names = _names(diagnosis, replacements, catalogue)
     for program in diagnosis.programs:
-        modules = programs.module_command(program, prefix, replacements, options, module_compiler)
+        modules = programs.module_command(program, installed, replacements, options, module_compiler)
         dollar = any(done[source.number].dollar for source in program.sources)
         program.commands += [modules] if modules else []
-        program.commands.append(programs.build_command(program, prefix, options, compiler, modules, dollar, others))
+        program.commands.append(programs.build_command(program, installed, options, compiler, modules, dollar, others))
     return diagnosis
 
 

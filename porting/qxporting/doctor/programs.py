@@ -73,13 +73,13 @@ def _is_main(source, main, looked):
     return source is not main and looked[source.number].has_main
 
 
-def module_command(program, prefix, replacements, options, compiler):
+def module_command(program, installed, replacements, options, compiler):
     """The command that makes the missing modules of a program; None where it has none."""
     used = {name for source in program.sources for name in source.uses}
     modules = [name for name in replacements.modules if name in used]
     if not modules:
         return None
-    words = [f"{prefix}/bin/qxport", "module", *modules, "--output", options.modules]
+    words = [installed.command, "module", *modules, "--output", options.modules]
     words += [word for area in options.of for word in ("--of", area)]
     words += [word for path in options.names for word in ("--names", str(path))]
     if without := replacements.without_for(program.sources):
@@ -87,10 +87,10 @@ def module_command(program, prefix, replacements, options, compiler):
     return shlex.join([*words, "--compiler", str(compiler)])
 
 
-def build_command(program, prefix, options, compiler, has_modules, dollar, objects):
+def build_command(program, installed, options, compiler, has_modules, dollar, objects):
     words = [*compiler.words, *options.flags]
     words += ["-fdollar-ok"] if dollar and "-fdollar-ok" not in options.flags else []
     words += [f"-I{options.modules}"] if has_modules else []
-    words += [f"-I{prefix}/include/qxport", "-o", program.name, *(str(source.path) for source in program.sources)]
-    words += [*(str(path) for path in objects), f"-L{prefix}/lib", f"-Wl,-rpath,{prefix}/lib", "-lqxportmt", "-lqxcoremt_gnu"]
+    words += [f"-I{installed.include}", "-o", program.name, *(str(source.path) for source in program.sources)]
+    words += [*(str(path) for path in objects), f"-L{installed.libraries}", f"-Wl,-rpath,{installed.libraries}", "-lqxportmt", "-lqxcoremt_gnu"]
     return shlex.join(words)
