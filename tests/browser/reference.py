@@ -26,6 +26,7 @@ SEARCHES = {
     "sort": ["sortqq"],
     "terminal": ["isatty"],
     "date": ["date", "fdate"],
+    "random": ["rand", "random_save"],
     "rename": ["rename", "renamefileqq"],
     "user": ["getlog", "getuid"],
     "run a program": ["runqq", "Run a program and read its output"],

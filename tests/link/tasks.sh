@@ -19,6 +19,7 @@ declare -A printed=(
   [measure_time]=$'sum  6.6667E+08\nmeasured'
   [output_to_terminal]='all is well'
   [read_characters]=$'words behind byte 10: 6\nsome words,'
+  [random_numbers]=$'the same number again\nfive throws of a die'
   [read_output]=$'it said: two words\nand ended with 0'
   [rename_and_link]=$'rename: Success\nlink: Success\nrename: No such file or directory'
   [run_a_program]=$'hello from the shell\nthat went well\nand this ended with 3'
