@@ -316,6 +316,11 @@ bool is_divisor(const Routine &routine, const Argument &argument) {
   return routine.symbol.ends_with("jmod_") && argument.name == "j";
 }
 
+// The host's functions go through all orders below the one that is asked for.
+bool is_order(const Routine &routine, const Argument &argument) {
+  return (routine.symbol.ends_with("besjn_") || routine.symbol.ends_with("besyn_")) && argument.name == "n";
+}
+
 void make_integer(Call &call, size_t index, Choices &choices) {
   const Argument &argument = call.routine.arguments[index];
   const Pool *pool = pool_of(argument);
@@ -337,6 +342,8 @@ void make_integer(Call &call, size_t index, Choices &choices) {
       value = any_integer(choices);
     if (is_divisor(call.routine, argument) && static_cast<int16_t>(value) == 0)
       value = 1;
+    if (is_order(call.routine, argument))
+      value %= 1000;
     memcpy(call.addresses[index] + i * argument.size, &value, argument.size);
     if (i == 0)
       describe(" %lld", integer_at(call.addresses[index], argument.size));
