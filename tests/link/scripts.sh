@@ -59,6 +59,51 @@ tail -n 1 said | grep -q 'one two$' || fail 'the areas that miss a limit are not
 does 0 ./dev bench three
 does 2 ./dev bench four
 
+# What is installed is built without tests, wherever it goes, and the names that are printed can be typed.
+does 0 ./dev install "new place/it's here"
+sed -n 's/^cmake //p' said | diff - <(printf '%s\n' '--build --preset install') || fail 'something else is built'
+! grep -qx libgtest-dev "$work/asked" || fail 'an installation wants what only tests need'
+eval "$(sed -n 's/^export /local_/p' said | sed 's/^local_PKG_CONFIG_PATH=/pkg=/; s/ LD_LIBRARY_PATH=/ loader=/')"
+[[ ${pkg:-} == "$PWD/new place/it's here/lib/pkgconfig" && ${loader:-} == "$PWD/new place/it's here/lib" ]] ||
+  fail "the printed line leads to ${pkg:-}"
+# shellcheck disable=SC2016 # as it is printed
+grep -q '^eval gfortran prog.f90 "\$(pkg-config' said || fail 'blanks that pkg-config hides are not read twice'
+does 0 ./dev install "$work/plain"
+# shellcheck disable=SC2016 # as it is printed
+grep -q '^gfortran prog.f90 \$(pkg-config --cflags --libs qxport)$' said || fail 'the plain line is not printed'
+does 2 ./dev install
+does 0 ./dev install "$work/plain/../relative"
+
+# bare TOOL...: a PATH with nothing but what the script itself calls and the tools named.
+bare() {
+  local tool
+  rm -rf "$work/bare"
+  mkdir "$work/bare"
+  for tool in bash env dirname readlink grep sed cat "$@"; do
+    ln -s "$(type -P "$tool")" "$work/bare/$tool"
+  done
+}
+# Without packages of Debian it says what to install, and builds where all is there.
+bare python3 ninja
+does 1 env "PATH=$work/bare" bash ./dev install "$work/plain"
+grep -q 'install these first:.* g++' said || fail 'it does not say what to install'
+! grep -E 'first:.*(ninja|libgtest)' said || fail 'it wants what is there, or not needed'
+bare python3 ninja cmake
+ln -s "$work/tools/cmake" "$work/bare/g++"
+ln -s "$work/tools/cmake" "$work/bare/gfortran"
+ln -s "$(type -P sh)" "$work/bare/sh"
+does 0 env "PATH=$work/bare" bash ./dev install "$work/plain"
+# A machine of Debian that lacks a package, and root as well.
+bare dpkg-query sh tail
+cat >"$work/bare/missing" <<'END'
+#!/bin/sh
+exit 1
+END
+chmod +x "$work/bare/missing"
+mv "$work/bare/missing" "$work/bare/dpkg-query"
+does 1 env "PATH=$work/bare" bash ./dev install "$work/plain"
+grep -q 'missing and cannot be installed from here: g++ gfortran' said || fail 'it does not say what is missing'
+
 # The steps of .ci/run, one of which may fail: those up to it stand in the table at the end, and what the test runner said
 # last stands behind it.
 cp "$SOURCE_DIR/.ci/run" .ci
