@@ -147,7 +147,7 @@ program montecarlo
   integer, parameter :: sigint = 2, call_it = -1
   real(real64), parameter :: between_bars = 0.1, between_savings = 60
   type(experiment) :: run
-  character(:), allocatable :: file, what
+  character(:), allocatable, save :: file, what
   integer(int64) :: wanted, at_begin, piece
   integer :: seed
   logical :: seed_given, has_bar
