@@ -456,7 +456,7 @@ TEST(Ran, ValuesThatProgramsKnow) {
   EXPECT_EQ(ran_(&iseed), 1.0F);
   EXPECT_EQ(iseed, 0);
   iseed = 12345;
-  EXPECT_EQ(ran_(&iseed), 595905495 * 0x1p-31F);
+  EXPECT_EQ(ran_(&iseed), static_cast<float>(595905495) * 0x1p-31F);
   EXPECT_EQ(iseed, 595905495);
   iseed = -5;
   const float drawn = ran_(&iseed);
