@@ -67,16 +67,19 @@ SEARCH = r"""
   function stem(word) {
     return word.length < 5 ? word : word.replace(/(ies|ing|ed|es|s|e|y)$/, '');
   }
-  function begins(text, part) {
-    var at = text.indexOf(part);
-    while (at > 0 && /[a-z0-9]/.test(text.charAt(at - 1))) at = text.indexOf(part, at + 1);
-    return at >= 0;
+  /* How many words of a text begin so. */
+  function times(text, part) {
+    var at, number = 0;
+    for (at = text.indexOf(part); at >= 0; at = text.indexOf(part, at + 1))
+      if (at === 0 || !/[a-z0-9]/.test(text.charAt(at - 1))) number += 1;
+    return number;
   }
   function score(entry, word) {
-    var part = stem(word);
+    var part = stem(word), said;
     if (entry.name === word) return 100;
-    if (begins(entry.line, part)) return entry.name.indexOf(word) === 0 ? 50 : 40;
-    if (begins(entry.words, part)) return 10;
+    if (times(entry.line, part)) return entry.name.indexOf(word) === 0 ? 50 : 40;
+    said = times(entry.words, part);
+    if (said) return 9 + Math.min(said, 10);
     return entry.name.indexOf(word) >= 0 ? 5 : 0;
   }
   function show() {
