@@ -13,6 +13,8 @@ COMMANDS = {
 
 
 def main(arguments, installed):
+    for stream in (sys.stdout, sys.stderr):
+        stream.reconfigure(errors="surrogateescape")  # names of files are bytes, and told as they are
     try:
         if arguments[:1] == ["doctor"]:  # what it hands on to the compiler is no option of its own
             return doctor_command.run(arguments[1:], installed)

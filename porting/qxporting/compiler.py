@@ -21,6 +21,8 @@ class Compiler:
         if not self.words or not shutil.which(self.words[0]):
             raise Failure(f"compiler `{command}`: there is no such command (--compiler, or FC in the environment, names it)",
                           CANNOT)
+        if os.sep in self.words[0]:  # it is run in other directories
+            self.words[0] = os.path.abspath(self.words[0])
         self.version = self._run(["--version"]).stdout.partition("\n")[0].strip()
         self.is_gnu = "GNU Fortran" in self.version
         if self.is_gnu:

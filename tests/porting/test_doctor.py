@@ -2,10 +2,12 @@
 
 import json
 import os
+import shutil
 import stat
 import subprocess
 import sys
 import unittest
+from pathlib import Path
 
 from json_schema import problems
 from support import COMPILER, TARGET, Installed
@@ -18,6 +20,9 @@ program sorts
   print *, a
 end program
 """
+# The superuser reads what nobody may, but for one without that capability.
+WITHOUT_LEAVE = [] if os.geteuid() else ["setpriv", *(f"--{what}=-dac_override,-dac_read_search"
+                                                      for what in ("bounding-set", "inh-caps"))]
 CLEAN = "program clean\n  call sleepqq(1)\nend program\n"
 
 
@@ -30,6 +35,10 @@ class Doctor(Installed):
         words = [*COMPILER, *arguments]
         done = self.ran([sys.executable, self.prefix / "bin/qxport", "doctor", *options, *words])
         self.assertEqual(done.returncode, status, done.stdout + done.stderr)
+        return self.told_as_json(*arguments, status=status, options=options)
+
+    def told_as_json(self, *arguments, status=1, options=()):
+        words = [*COMPILER, *arguments]
         done = self.ran([sys.executable, self.prefix / "bin/qxport", "doctor", "--json", *options, *words])
         report = json.loads(done.stdout)
         schema = json.loads((self.prefix / "share/qxport/doctor.schema.json").read_text())
@@ -83,6 +92,24 @@ class Told(Doctor):
         self.assertEqual([(k, n) for k, n, _ in self.kinds(report)], [("nobody", "only_one"), ("nobody", "only_two")])
         self.assertEqual([(p["name"], p["sources"]) for p in report["programs"]],
                          [(n, [f"tree/{n}/shared.f90", f"tree/{n}/{n}.f90"]) for n in ("one", "two")])
+
+    def test_section_of_the_page(self):
+        self.write("sorts.f90", SORTS)
+        self.assertIn("\nsee qxport-porting(7): Counts and addresses of 8 bytes\nsorts is built by\n", self.text("--", "sorts.f90"))
+        report = self.looked("--", "sorts.f90")
+        self.assertEqual(report["findings"][0]["section"], "Counts and addresses of 8 bytes")
+        self.write("clean.f90", CLEAN)
+        self.assertNotIn("see ", self.text("--", "clean.f90", status=0))
+
+    def test_arguments_of_several_types(self):
+        """The compiler refuses them without a flag, which the command has then; what else it refuses is told in its words."""
+        self.write("several.f", "      call sleepqq(1_4)\n      call sleepqq(1_2)\n      end\n")
+        report = self.looked("--", "several.f")
+        self.assertEqual(self.kinds(report), [("literal-kind", "sleepqq", 2)])
+        self.assertEqual([f["kind"] for f in report["findings"] if f["weight"] == "note"], ["argument-mismatch"])
+        self.assertIn("-fallow-argument-mismatch", report["programs"][0]["commands"][0])
+        self.write("form.f", "      i = nowhere(1)\n      call nowhere(1)\n      end\n")
+        self.assertIn("which is not consistent with the CALL", self.looked("--", "form.f")["findings"][0]["what"])
 
     def test_order_of_modules(self):
         self.write("a.f90", "program a\n use b\n call from_b\nend program\n")
@@ -157,6 +184,61 @@ class Told(Doctor):
         self.assertEqual(report["findings"][0]["edit"]["after_line"], 1)
         self.assertIn("'name with blanks.f90'", report["programs"][0]["commands"][0])
 
+    def test_names_that_a_shell_or_a_compiler_would_take_otherwise(self):
+        text = "      program p\n      call sleepqq(1)\n      end\n"
+        for name in ("it's.f", "-o.f", "$HOME;.f", "\u00e4.f", os.fsdecode(b"\xff.f")):
+            self.write(name, text)
+            report = self.looked("--", name, status=0)
+            done = self.ran(["bash", "-c", report["programs"][0]["commands"][0]])
+            self.assertEqual((done.returncode, done.stderr), (0, ""), name)
+        done = subprocess.run([sys.executable, self.prefix / "bin/qxport", "doctor", *COMPILER, "--", "."], cwd=self.work,
+                              env=os.environ | {"PYTHONIOENCODING": "utf-8:strict"}, capture_output=True, check=False)
+        self.assertEqual((done.returncode, done.stderr), (0, b""))
+        self.assertIn(b"\n\xff.f: p: the library serves", done.stdout)
+
+    def test_forms_of_lines(self):
+        """Line ends of another system, no line end at the end, bytes that are no UTF-8, tabs."""
+        self.write("ends.f90", "program p\r\n  call sleepqq(1_2)\r\nend program")
+        Path(self.work, "bytes.f").write_bytes(b"c     \xe9t\xe9\n      program p\n\tcall sleepqq(1_2)\n      end")
+        report = self.looked("--", "ends.f90", "bytes.f")
+        self.assertEqual(self.kinds(report), [("literal-kind", "sleepqq", 3), ("literal-kind", "sleepqq", 2)])
+
+    def test_what_is_no_source_in_a_directory(self):
+        """Pipes, links to nowhere such as editors leave, links to the directory itself."""
+        self.write("src/clean.f90", CLEAN)
+        os.mkfifo(self.work / "src/pipe.f")
+        (self.work / "src/.#lock.f").symlink_to("nowhere")
+        (self.work / "src/again").symlink_to(".")
+        (self.work / "src/directory.f90").mkdir()
+        self.assertEqual(self.looked("--", "src", status=0)["sources"], 1)
+        self.assertIn("src/pipe.f: this is no file", self.doctor(*COMPILER, "--", "src/pipe.f", status=2))
+
+    def test_included_files_that_are_not_there(self):
+        self.write("line.f", "      include 'nowhere.inc'\n      end\n")
+        self.write("preprocessed.F", '#include "nowhere.h"\n      end\n')
+        found = {(f["kind"], f["name"]) for f in self.looked("--", "line.f", "preprocessed.F")["findings"]}
+        self.assertEqual(found, {("missing-include", "nowhere.inc"), ("missing-include", "nowhere.h")})
+
+    def test_modules_in_a_circle(self):
+        self.write("circle/a.f90", "module a\n use b\nend module\n")
+        self.write("circle/b.f90", "module b\n use a\nend module\n")
+        self.write("circle/self.f90", "module self\n use self\nend module\n")
+        self.write("circle/clean.f90", CLEAN)
+        report = self.looked("--", "circle")
+        self.assertEqual({(f["kind"], f["name"]) for f in report["findings"]},
+                         {("does-not-compile", name) for name in ("a.f90", "b.f90", "self.f90")})
+        self.assertEqual([p["name"] for p in report["programs"]], ["clean"])
+
+    def test_a_compiler_of_another_kind(self):
+        """It writes no dump: what the objects want is known, not what the calls hand over."""
+        self.write("other", f"#!/bin/sh\n[ \"$1\" = --version ] && exec echo 'other compiler 1.0'\nexec {' '.join(COMPILER)} \"$@\"\n")
+        (self.work / "other").chmod(0o755)
+        self.write("calls.f", "      program calls\n      call sleepqq(1_2)\n      call nowhere\n      end\n")
+        done = self.ran([sys.executable, self.prefix / "bin/qxport", "doctor", "--json", "./other", "--", "calls.f"])
+        report = json.loads(done.stdout)
+        self.assertEqual((report["compiler"], self.kinds(report)), ("other compiler 1.0", [("nobody", "nowhere", 3)]))
+        self.assertEqual(report["served"][0]["names"], ["sleepqq"])
+
     def test_sources_that_do_not_compile(self):
         self.write("bad/broken.f90", "program p\n x = = 1\nend program\n")
         self.write("bad/good.f90", CLEAN)
@@ -166,18 +248,26 @@ class Told(Doctor):
         self.assertEqual([p["name"] for p in report["programs"]], ["good"])
 
     def test_many_lines(self):
-        unit = "      subroutine s{0}(x)\n      integer x\n" + "c     a comment\n" * 990 + "      x = x + {0}\n      call sleepqq(x)\n" \
-            "      if (x .gt. 3) x = 2\n      return\n      end\n"
-        path = self.write("long.f", "".join(unit.format(n) for n in range(101)))
+        body = "      x = x + {0}\n      if (x .gt. 3) x = mod(x, 5)\n      call sleepqq(x)\n" + "c     a comment\n" * 47
+        unit = "      subroutine s{0}(x)\n      integer x\n" + body * 20 + "      return\n      end\n"
+        path = self.write("long.f", "".join(unit.format(n) for n in range(101)) + "      call sleepqq(1_2)\n      end\n")
         self.assertGreater(path.read_text().count("\n"), 100000)
-        report = self.looked("--", "long.f", status=0)
-        self.assertEqual(len(report["served"]), 101)
+        report = self.told_as_json("--", "long.f")
+        self.assertEqual(len(report["served"]), 102)
+        self.assertEqual(self.kinds(report), [("literal-kind", "sleepqq", path.read_text().count("\n") - 1)])
 
     def test_many_sources(self):
-        for number in range(40):
-            self.write(f"many/s{number}.f", f"      subroutine s{number}\n      call sleepqq(1)\n      end\n")
-        report = self.looked("--", "many", status=0, options=["--jobs", "3"])
-        self.assertEqual((report["sources"], len(report["served"])), (40, 40))
+        """A tree of a few hundred sources that need one another."""
+        count = 300
+        for number in range(count):
+            text = f"      subroutine s{number}\n      use shared\n" + "c     a comment\n" * 300 + \
+                f"      call sleepqq(value)\n      call s{number + 1}\n      end\n"
+            self.write(f"many/s{number}.f", text)
+        self.write("many/shared.f90", "module shared\n integer, parameter :: value = 1\nend module\n")
+        self.write("many/main.f90", f"call s0\nend\nsubroutine s{count}\nend\n")
+        report = self.told_as_json("--", "many", status=0, options=["--jobs", "3"])
+        self.assertEqual((report["sources"], len(report["served"])), (count + 2, count))
+        self.assertEqual(len(report["programs"][0]["sources"]), count + 2)
 
 
 class LeftAlone(Doctor):
@@ -217,17 +307,23 @@ class Refused(Doctor):
         (self.work / "empty").mkdir()
         self.assertIn("there are no Fortran sources", self.doctor(*COMPILER, "--", "empty", status=2))
 
-    @unittest.skipIf(os.geteuid() == 0, "the superuser reads everything")
     def test_what_cannot_be_read(self):
+        if subprocess.run([*WITHOUT_LEAVE, "true"], stderr=subprocess.DEVNULL, check=False).returncode:
+            self.skipTest("the superuser reads everything here")
         self.write("src/locked/x.f", "      end\n")
-        (self.work / "src/locked").chmod(0)
+        self.write("locked.f", "      end\n")
+        self.write("locked.names", "theirs = sleepqq\n")
+        self.write("clean.f90", CLEAN)
+        for name in ("src/locked", "locked.f", "locked.names"):
+            (self.work / name).chmod(0)
         try:
-            self.assertIn("src/locked: ", self.doctor(*COMPILER, "--", "src", status=2))
+            for name, words in (("src/locked", ["--", "src"]), ("locked.f", ["--", "locked.f"]),
+                                ("locked.names", ["--names", "locked.names", *COMPILER, "--", "clean.f90"])):
+                done = self.ran([*WITHOUT_LEAVE, sys.executable, self.prefix / "bin/qxport", "doctor", *words])
+                self.assertEqual(done.returncode, 2)
+                self.assertRegex(done.stderr, rf"\Aqxport: {name}: .*Permission denied")
         finally:
             (self.work / "src/locked").chmod(0o755)
-        path = self.write("src/y.f", "      end\n")
-        path.chmod(0)
-        self.assertIn("y.f: ", self.doctor(*COMPILER, "--", "src/y.f", status=2))
 
     def test_compiler(self):
         self.write("clean.f90", CLEAN)
@@ -236,6 +332,30 @@ class Refused(Doctor):
         path = self.write("old", "#!/bin/sh\necho 'GNU Fortran (GCC) 4.4.7'\n")
         path.chmod(path.stat().st_mode | stat.S_IXUSR)
         self.assertIn("too old", self.doctor(str(path), "--", "clean.f90", status=2))
+        for command in ("true", "false", "cat"):
+            self.assertIn(f"`{command}`: it does not compile", self.doctor(command, "--", "clean.f90", status=2))
+        self.assertIn("-fno-such-flag", self.doctor(*COMPILER, "-fno-such-flag", "--", "clean.f90", status=2))
+
+    def test_tools_that_are_not_there(self):
+        """The compiler finds its assembler, and nothing else is there."""
+        self.write("clean.f90", CLEAN)
+        (self.work / "bin").mkdir()
+        (self.work / "bin/as").symlink_to(shutil.which("as"))
+        done = self.doctor(shutil.which(COMPILER[0]), *COMPILER[1:], "--", "clean.f90", status=2, env={"PATH": str(self.work / "bin")})
+        self.assertIn("nm: No such file or directory: the doctor looks at objects by it", done)
+
+    def test_names_files(self):
+        self.write("clean.f90", CLEAN)
+        self.write("names", "theirs = sleepqq\nTheirs = beepqq\nother = nothing_like_it\n")
+        said = self.doctor("--names", "names", *COMPILER, "--", "clean.f90", status=1)
+        self.assertIn("names:2: `Theirs` is defined in line 1 already", said)
+        self.write("one", "theirs = sleepqq\n")
+        self.write("two", "theirs = beepqq\n")
+        said = self.doctor("--names", "one", "--names", "two", *COMPILER, "--", "clean.f90", status=1)
+        self.assertIn("two:1: `theirs` is defined in one:1 already", said)
+        self.assertIn("nowhere: the names cannot be read", self.doctor("--names=nowhere", *COMPILER, "--", "clean.f90", status=2))
+        said = self.doctor("--write-names", "no/such/directory", *COMPILER, "--", "clean.f90", status=2)
+        self.assertIn("no/such/directory: No such file or directory", said)
 
     def test_module_that_cannot_be_made(self):
         self.write("uses.f90", "program p\n use qxport_of_another\nend program\n")

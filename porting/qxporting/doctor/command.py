@@ -15,7 +15,7 @@ from ..failure import CANNOT, Failure
 from ..module_command import renamings
 from ..module_source import EVERYTHING
 from . import missing, objects, programs, report, scan, tree
-from .compile import Progress, Workshop
+from .compile import ADMITTING, Progress, Workshop
 from .judge import NOTE, TO_DO, Finding, Judge
 
 USAGE = """usage: qxport doctor [OPTION...] [COMPILER [FLAG...]] -- FILE|DIRECTORY...
@@ -33,7 +33,10 @@ Nothing is written but what is named here.
 """
 
 # The compiler refuses a call of what it takes for an intrinsic.
-_INTRINSIC_MISFIT = re.compile(r"(?:of|in call to) ['‘`](\w+)['’](?: intrinsic)? at")
+_INTRINSIC_MISFIT = re.compile(r"(?:(?:of|in call to) ['‘`](\w+)['’](?: intrinsic)? at|['‘`](\w+)['’] intrinsic subprogram at)")
+
+# An INCLUDE line, or one of the preprocessor.
+_ABSENT_FILE = re.compile(r"Cannot open included file ['‘`](.*)['’]|(?!Cannot )(.*): No such file or directory\Z")
 
 
 @dataclass
@@ -147,6 +150,7 @@ def _diagnose(diagnosis, others, names, catalogue, installed, scratch):
     jobs = options.jobs or os.cpu_count() or 1
     workshop = Workshop(compiler, options.flags, scratch, [include, os.getcwd()], jobs,
                         Progress(len(sources), options.quiet))
+    workshop.check()
     searched = [flag[2:] for flag in workshop.flags if flag.startswith("-I")] + [str(include), os.getcwd()]
     diagnosis.missing = scan.order(sources, lambda name, source: any(
         Path(d, f"{name}.mod").exists() for d in [source.path.parent, *searched]))
@@ -181,16 +185,19 @@ def _diagnose(diagnosis, others, names, catalogue, installed, scratch):
             _tell_errors(judge, diagnosis, compiled, replacements, there)
         if there:
             judge.calls(compiled, looked.get(source.number), there, [trees[n] for n in beside if n in trees], defined)
-        if compiled.dollar:
+        if "-fdollar-ok" in compiled.added:
             judge.tell("dollar", NOTE, source, 1, "", source.path.name, "names have a `$`", "-fdollar-ok")
+        if "-fallow-argument-mismatch" in compiled.added:
+            judge.tell("argument-mismatch", NOTE, source, 1, "", source.path.name,
+                       "a procedure is called with arguments of several types", "-fallow-argument-mismatch")
     diagnosis.findings = sorted(judge.findings, key=lambda f: (f.file, f.line, f.kind, f.name))
     diagnosis.served = judge.served
     diagnosis.names = _names(diagnosis, replacements, catalogue)
     for program in diagnosis.programs:
         modules = programs.module_command(program, installed, replacements, options, module_compiler)
-        dollar = any(done[source.number].dollar for source in program.sources)
+        added = [flag for flag in ADMITTING if any(flag in done[source.number].added for source in program.sources)]
         program.commands += [modules] if modules else []
-        program.commands.append(programs.build_command(program, installed, options, compiler, modules, dollar, others))
+        program.commands.append(programs.build_command(program, installed, options, compiler, modules, added, others))
     return diagnosis
 
 
@@ -220,8 +227,8 @@ def _tell_errors(judge, diagnosis, compiled, replacements, tree):
     uses_missing = sorted(set(source.uses) & set(diagnosis.missing))
     for message in compiled.messages:
         found = missing.absent_name(message)
-        if "Cannot open included file" in message.text:
-            name = message.text.partition("‘")[2].partition("’")[0] or message.text.partition("'")[2].partition("'")[0]
+        if absent := _ABSENT_FILE.match(message.text):
+            name = absent[1] or absent[2]
             judge.tell("missing-include", TO_DO, source, message.line, "", name, "the file that it includes is not there",
                        "-I of its directory; what it declared of the library a `use qxport` in its place has too")
         elif found and uses_missing and found[1] is None:
@@ -231,8 +238,8 @@ def _tell_errors(judge, diagnosis, compiled, replacements, tree):
                        "say in a names file what of the library it is" + (f"; near: {', '.join(near)}" if near else ""))
         elif found and found[1] in replacements.modules:
             continue
-        elif (own := _INTRINSIC_MISFIT.search(message.text)) and own[1] in judge.routines:
-            judge.misfit(source, message, own[1], tree)
+        elif (own := _INTRINSIC_MISFIT.search(message.text)) and (own[1] or own[2]) in judge.routines:
+            judge.misfit(source, message, own[1] or own[2], tree)
         elif told < 3:
             told += 1
             judge.tell("does-not-compile", TO_DO, source, message.line, "", source.path.name, message.text,

@@ -9,11 +9,15 @@ import time
 from dataclasses import dataclass, field
 from pathlib import Path
 
+from ..failure import CANNOT, Failure
 from . import scan
 
 # Lines of places, names of units that are never called, and no optimisation that would hide a call.
 OURS_GNU = ("-g1", "-O0", "-fno-lto", "-fkeep-static-functions", "-fdump-fortran-original", "-fdiagnostics-plain-output",
             "-fmax-errors=200", "-w")
+# Flags that let a source through, and the words of the error that goes away.
+ADMITTING = {"-fdollar-ok": "-fdollar-ok",
+             "-fallow-argument-mismatch": "Type mismatch between actual argument at (1) and actual argument at (2)"}
 _DIAGNOSTIC = re.compile(r"(?P<file>.*?):(?P<line>\d+):(?P<column>\d+): (?P<severity>Fatal Error|Error): (?P<text>.*)\Z")
 
 
@@ -32,7 +36,7 @@ class Compiled:
     status: int = 0
     dump: Path | None = None
     messages: list = field(default_factory=list)
-    dollar: bool = False  # it needed -fdollar-ok
+    added: tuple = ()  # flags that it needed beside the user's
 
     @property
     def ok(self):
@@ -75,6 +79,14 @@ class Workshop:
         """Where the modules are that were generated for a source; the command says it."""
         return None
 
+    def check(self):
+        """Whether there is any use in compiling: the compiler makes an object of a program, with these flags."""
+        probe = self.scratch / "probe.f"
+        probe.write_text("      end\n", encoding="ascii")
+        compiled = self._compile(scan.Source(probe, "probe", True))
+        if not compiled.ok:
+            raise Failure(f"compiler `{self.compiler}`: it does not compile an empty program: {compiled.messages[0].text}", CANNOT)
+
     def place(self, source):
         return self.scratch / f"s{source.number}"
 
@@ -88,29 +100,37 @@ class Workshop:
                     self.progress.step()
         return done
 
-    def compile(self, source, dollar=False):
+    def compile(self, source):
+        compiled = self._compile(source)
+        while not compiled.ok and self.compiler.is_gnu:
+            needed = [flag for flag, sign in ADMITTING.items()
+                      if flag not in compiled.added and any(sign in message.text for message in compiled.messages)]
+            if not needed:
+                break
+            compiled = self._compile(source, (*compiled.added, *needed))
+        return compiled
+
+    def _compile(self, source, added=()):
         place = self.place(source)
         place.mkdir(exist_ok=True)
-        compiled = Compiled(source, place / "object.o", dollar=dollar)
+        compiled = Compiled(source, place / "object.o", added=added)
         compiled.object.unlink(missing_ok=True)
         dump = place / "dump"
         includes = [f"-I{self.place(maker)}" for maker in self._makers(source)]
         generated = self.place_of_missing(source)
         includes += [f"-I{path}" for path in ([generated] if generated else []) + self.includes]
         command = [*self.compiler.words, *self.flags, *(OURS_GNU if self.compiler.is_gnu else ["-g"]),
-                   *(["-fdollar-ok"] if dollar else []), *includes, "-c", "-o", str(compiled.object),
+                   *added, *includes, "-c", "-o", str(compiled.object),
                    os.path.abspath(source.path)]
         environment = os.environ | {"LC_ALL": "C"}
         with open(dump, "wb") as out:
             ran = subprocess.run(command, cwd=place, env=environment, stdin=subprocess.DEVNULL, stdout=out,
                                  stderr=subprocess.PIPE, check=False)
         said = ran.stderr.decode("utf-8", "replace")
-        compiled.status = ran.returncode
+        compiled.status = ran.returncode or (0 if compiled.object.exists() else 1)
         compiled.dump = dump if self.compiler.is_gnu else None
         if not compiled.ok:
             compiled.messages = messages(said, source)
-            if not dollar and self.compiler.is_gnu and any("-fdollar-ok" in m.text for m in compiled.messages):
-                return self.compile(source, dollar=True)
         return compiled
 
     def _makers(self, source):
@@ -128,7 +148,7 @@ class Workshop:
 def messages(said, source):
     found = []
     for line in said.splitlines():
-        if match := _DIAGNOSTIC.match(line):
+        if (match := _DIAGNOSTIC.match(line)) and match["text"] != "(1)":  # the second place of the next one
             file = str(source.path) if match["file"] == os.path.abspath(source.path) else match["file"]
             found.append(Message(file, int(match["line"]), int(match["column"]), match["text"]))
     if not found and said.strip():

@@ -5,6 +5,8 @@ from collections import defaultdict
 from dataclasses import asdict, dataclass
 
 from . import intrinsics
+from .traps import SECTIONS
+from .tree import mentioned
 
 TO_DO, NOTE = "to do", "note"
 
@@ -22,13 +24,14 @@ class Finding:
     edit: dict | None = None  # a line to insert: file, after_line, text
 
     def as_json(self):
-        return asdict(self)
+        return asdict(self) | {"section": SECTIONS[self.kind]}
 
 
 class Judge:
     def __init__(self, catalogue):
         self.catalogue = catalogue
         self.routines = {}  # by the name that a call has
+        self.by_module = {}  # by the name of the procedure that the module leads to
         self.ours = {}  # symbol -> routine
         for symbol, routine in catalogue.symbols.items():
             self.ours[symbol] = routine
@@ -36,6 +39,7 @@ class Judge:
                 self.routines[symbol[:-1]] = routine
             if routine["module"]:
                 self.ours.setdefault(routine["module"]["symbol"], routine)
+                self.by_module[routine["module"]["procedure"]] = routine
         self.findings, self._told = [], set()
         self.served = defaultdict(lambda: defaultdict(set))  # file -> unit -> names
 
@@ -63,7 +67,10 @@ class Judge:
         return unit
 
     def _intrinsic(self, source, place, unit, name, tree):
+        if name == "rand" and not (tree and tree.find(unit, name)) and tree and tree.find(unit, "ran"):
+            name = "ran"  # the compiler has one procedure for both
         differs, matters = intrinsics.DIFFERENCES.get(name, (None, False))
+        matters = matters and (name not in intrinsics.STATUS_ARRAY or _has_short_array(tree, unit, name))
         if ("intrinsic", str(source.path), unit, name) in self._told:
             return  # once in each unit
         self._told.add(("intrinsic", str(source.path), unit, name))
@@ -102,41 +109,69 @@ class Judge:
         lines = defaultdict(list)
         for place in looked.places if looked else []:
             lines[place.unit, place.symbol].append(place.line)
+        given = tree.given | self._given_by_calls(tree)
         for unit in tree.units.values():
             for call in unit.calls:
                 routine = self.routines.get(call.name)
                 if not routine or routine["symbol"] in defined or not self._is_external(unit, call):
+                    self._through_module(compiled.source, unit, call, lines, trees)
                     continue
-                there = lines["MAIN__" if unit.is_main else unit.name, routine["symbol"]]
-                line = there.pop(0) if there else 0
-                self._arguments(compiled.source, unit, call, routine, line, trees)
+                line = _next_line(lines, unit, routine["symbol"])
+                self._arguments(compiled.source, unit, call, routine, line, trees, given)
                 self._result(compiled.source, unit, call, routine, line)
+
+    def _through_module(self, source, unit, call, lines, trees):
+        """Of a procedure that is called back without an interface of its own even the module knows nothing."""
+        routine = self.by_module.get(call.name)
+        if not routine or not any(argument["type"] == "procedure" for argument in routine["arguments"]):
+            return
+        line = _next_line(lines, unit, routine["module"]["symbol"])
+        for argument, (_, _, text) in zip(routine["arguments"], call.arguments):
+            if argument["type"] == "procedure":
+                self._procedure((source, line, unit.name, routine["module"]["name"]), argument, text, trees)
 
     def _is_external(self, unit, call):
         """A procedure that a module or an interface declares has been checked by the compiler."""
         symbol = call.procedure
         return symbol is not None and not symbol.formal and not symbol.attributes & _CHECKED
 
-    def _arguments(self, source, unit, call, routine, line, trees):
-        wanted = routine["arguments"]
+    def _given_by_calls(self, tree):
+        """The variables that a call may give a value: all that it hands over but what the library only reads."""
+        given = set()
+        for call in (call for unit in tree.units.values() for call in unit.calls):
+            wanted = self.routines[call.name]["arguments"] if call.name in self.routines else []
+            for number, (_, _, text) in enumerate(call.arguments):
+                if number >= len(wanted) or wanted[number]["intent"] != "in":
+                    given |= mentioned(text)
+        return given
+
+    def _arguments(self, source, unit, call, routine, line, trees, given):
+        wanted = routine["arguments"]  # one that may be left out, by who has an interface, stands last
         needed = [argument for argument in wanted if not argument["optional"]]
         if not len(needed) <= len(call.arguments) <= len(wanted):
             self.tell("argument-count", TO_DO, source, line, unit.name, call.name,
                        f"{len(call.arguments)} arguments, and the library's takes {_range(len(needed), len(wanted))}",
                        f"call it as {heading(routine)}")
             return
+        if len(call.arguments) < len(wanted) and call.name not in _COUNTING:
+            left_out = ", ".join(argument["name"] for argument in wanted[len(call.arguments):])
+            self.tell("argument-count", TO_DO, source, line, unit.name, call.name,
+                      f"{left_out} is left out, and by EXTERNAL the library reads it all the same",
+                      f"call it as {heading(routine)}, or `use qxport, only: {call.name}`"
+                      f"{_INSTEAD if _is_declared(call.procedure) else ''}", self._use(source, unit.name, call.name, call.procedure, line))
         for number, (argument, (base, size, text)) in enumerate(zip(wanted, call.arguments), 1):
-            self._argument(source, unit, call, line, number, argument, base, size, text, trees)
+            self._argument(source, unit, call, line, number, argument, base, size, text, trees, given)
 
-    def _argument(self, source, unit, call, line, number, argument, base, size, text, trees):
+    def _argument(self, source, unit, call, line, number, argument, base, size, text, trees, given):
         where = source, line, unit.name, call.name
-        variable = re.fullmatch(r"[\w$]+:([\w$]+)", text)
-        symbol = unit.symbols.get(variable[1]) if variable else None
+        variable = re.fullmatch(r"([\w$]+):([\w$]+)", text)
+        symbol = unit.symbols.get(variable[2]) if variable else None
         if symbol and symbol.base != "unknown" and symbol.is_undeclared and "VARIABLE" in symbol.attributes \
-                and argument["intent"] == "in" and symbol.name not in unit.assigned:
+                and argument["intent"] == "in" and not symbol.attributes & _GIVEN \
+                and not given & {variable.groups(), (variable[1], None)}:
             near = self.catalogue.nearest(symbol.name)
             self._add("undeclared", *where, f"argument {number}, {argument['name']}: `{symbol.name}` is declared nowhere, so it was "
-                      f"taken for a {symbol.base.upper()} variable, which has no value",
+                      f"taken for {_a(symbol.base.upper())} variable, which has no value",
                       "declare it, or take it from a module" + (f"; near in the library: {', '.join(near)}" if near else ""))
             return
         if argument["type"] == "procedure":
@@ -169,21 +204,26 @@ class Judge:
     def _procedure(self, where, argument, text, trees):
         """A procedure that the library calls back: what it answers, and how it takes its arguments."""
         name = text.rpartition(":")[2]
-        found = next((t.units[name] for t in trees if name in t.units), None)
-        if not found:
+        tree = next((t for t in trees if name in t.units), None)
+        itself = tree and tree.itself(name)
+        if not itself:
             return
-        itself = found.symbols.get(name)
+        found = tree.units[name]
         heading = argument["interface"][0] if argument["interface"] else ""
-        if itself and itself.base == "integer" and itself.size == 2 and (where[3] in ("qsort", "bsearch")
-                                                                          or "function" in heading):
-            self._add("comparison-kind", *where, f"`{name}` answers INTEGER(2), and the library reads INTEGER(4)",
+        answers_four = argument["result"] == "integer(4)" or heading.startswith("integer(4) function")
+        if answers_four and itself.base != "unknown" and (itself.base, itself.size) != ("integer", 4):
+            self._add("comparison-kind", *where,
+                      f"`{name}` answers {itself.base.upper()}({itself.size}), and the library reads INTEGER(4)",
                       f"declare `{name}` INTEGER(4), in itself and where it is EXTERNAL")
-        by_value = re.findall(r"value :: (\w+)", "\n".join(argument["interface"][1:]))
-        if by_value and itself:
-            wrong = [formal for formal in itself.formal if "VALUE" not in found.symbols[formal].attributes]
-            if wrong:
-                self._add("handler-value", *where, f"`{name}` takes {', '.join(wrong)} by reference, and the library passes a value",
-                          f"declare in `{name}`: {', '.join(f'INTEGER(4), VALUE :: {formal}' for formal in wrong)}")
+        values = "value ::" in "\n".join(argument["interface"])
+        formals = [found.symbols[formal] for formal in itself.formal if formal in found.symbols]
+        wrong = [formal.name for formal in formals if ("VALUE" in formal.attributes) != values]
+        if wrong and values:
+            self._add("handler-value", *where, f"`{name}` takes {', '.join(wrong)} by reference, and the library passes a value",
+                      f"declare in `{name}`: {', '.join(f'INTEGER(4), VALUE :: {formal}' for formal in wrong)}")
+        elif wrong:
+            self._add("handler-value", *where, f"`{name}` takes {', '.join(wrong)} by value, and the library passes a reference",
+                      f"declare in `{name}` without VALUE: {', '.join(wrong)}")
 
     def _result(self, source, unit, call, routine, line):
         symbol, result = call.procedure, routine["result"]
@@ -238,6 +278,26 @@ class Judge:
             self.findings.append(Finding(kind, weight, str(source.path), line, unit, name, what, advice, edit))
 
 
+def _next_line(lines, unit, symbol):
+    """Where the next call of a symbol stands; the calls come in the order of the source."""
+    there = lines["MAIN__" if unit.is_main else unit.name, symbol]
+    return there.pop(0) if there else 0
+
+
+def _has_short_array(tree, unit, name):
+    """Whether a call of an intrinsic that fills a status array hands over one that is too short for it."""
+    there = tree.units.get(unit) if tree else None
+    for call in there.calls if there else ():
+        if name == intrinsics.name_of(call.name) or name == call.name:
+            named = (re.match(r"[\w$]+:([\w$]+)", text) for _, _, text in call.arguments)
+            symbols = [there.symbols.get(match[1]) for match in named if match]
+            if any(symbol and symbol.elements and symbol.elements < intrinsics.STATUS_ELEMENTS for symbol in symbols):
+                return True
+    return False
+
+
+_COUNTING = {"getarg", "getargi2"}  # they see whether their last argument is there
+_GIVEN = {"DUMMY", "IN-COMMON", "DATA", "IN-NAMELIST", "RESULT"}  # variables that get their values elsewhere
 _CHECKED = {"EXPLICIT", "INTRINSIC-PROC", "USE-ASSOC", "INTERNAL-PROC", "MODULE-PROC", "CONTAINED", "GENERIC"}
 _INSTEAD = " instead of its EXTERNAL and type statements"
 
@@ -251,6 +311,10 @@ def _is_declared(symbol):
 def heading(routine):
     arguments = ", ".join(argument["name"] for argument in routine["arguments"])
     return f"`{'call ' if not routine['result'] else ''}{routine['name']}({arguments})`"
+
+
+def _a(noun):
+    return f"{'an' if noun[0] in 'AEIOU' else 'a'} {noun}"
 
 
 def _range(least, most):

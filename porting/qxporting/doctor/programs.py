@@ -87,10 +87,14 @@ def module_command(program, installed, replacements, options, compiler):
     return shlex.join([*words, "--compiler", str(compiler)])
 
 
-def build_command(program, installed, options, compiler, has_modules, dollar, objects):
-    words = [*compiler.words, *options.flags]
-    words += ["-fdollar-ok"] if dollar and "-fdollar-ok" not in options.flags else []
+def _as_word(path):
+    """A file's name as no option."""
+    return f"./{path}" if str(path).startswith("-") else str(path)
+
+
+def build_command(program, installed, options, compiler, has_modules, added, objects):
+    words = [*compiler.words, *options.flags, *added]
     words += [f"-I{options.modules}"] if has_modules else []
-    words += [f"-I{installed.include}", "-o", program.name, *(str(source.path) for source in program.sources)]
-    words += [*(str(path) for path in objects), f"-L{installed.libraries}", f"-Wl,-rpath,{installed.libraries}", "-lqxportmt", "-lqxcoremt_gnu"]
+    words += [f"-I{installed.include}", "-o", program.name, *(_as_word(source.path) for source in program.sources)]
+    words += [*(_as_word(path) for path in objects), f"-L{installed.libraries}", f"-Wl,-rpath,{installed.libraries}", "-lqxportmt", "-lqxcoremt_gnu"]
     return shlex.join(words)

@@ -3,6 +3,7 @@
 import json
 
 from .judge import TO_DO
+from .traps import PAGE, SECTIONS
 
 FORMAT = 1
 
@@ -42,6 +43,9 @@ def as_text(diagnosis):
             lines.append(f"    do: {finding.advice}")
             if finding.edit:
                 lines.append(f"    behind line {finding.edit['after_line']}: {finding.edit['text']}")
+    sections = dict.fromkeys(SECTIONS[finding.kind] for finding in diagnosis.findings if finding.weight == TO_DO)
+    if sections:
+        lines.append(f"see {PAGE}: {'; '.join(sections)}")
     for program in diagnosis.programs:
         lines.append(f"{program.name} is built by")
         lines += [f"    {command}" for command in program.commands]

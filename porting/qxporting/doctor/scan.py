@@ -50,6 +50,8 @@ def collect(names, flags):
         path = Path(name)
         if not path.exists():
             raise Failure(f"{name}: there is no such file or directory", CANNOT)
+        if not path.is_dir() and not path.is_file():
+            raise Failure(f"{name}: this is no file", CANNOT)
         for found in _files(path) if path.is_dir() else [path]:
             key = os.path.abspath(found)
             if key in seen:
@@ -81,8 +83,9 @@ def _files(directory):
     for where, directories, files in os.walk(directory, onerror=fail):
         directories.sort()
         for name in sorted(files):
-            if Path(name).suffix.lower() in FIXED | FREE:
-                yield Path(where, name)
+            path = Path(where, name)
+            if path.suffix.lower() in FIXED | FREE and path.is_file():  # no pipe, no link to nowhere
+                yield path
 
 
 def read(source):

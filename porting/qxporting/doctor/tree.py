@@ -8,9 +8,15 @@ _UNIT = re.compile(r"\s*procedure name = (\S+)")
 _SYMBOL = re.compile(r"\s*symtree: '([^']*)'\s*\|\| symbol: '([^']*)'\s*(from namespace '([^']*)')?")
 _TYPE = re.compile(r"\s*type spec : \((\w+) ?([^)]*)\)")
 _ATTRIBUTES = re.compile(r"\s*attributes: \((.*)\)")
+_ARRAY = re.compile(r"\s*Array spec:\(1 \[0\] AS_EXPLICIT (-?\d+) (-?\d+) \)")
 _FORMAL = re.compile(r"\s*Formal arglist: (.*)")
 _CALL = re.compile(r"(?:CALL ([\w$]+) (?=\()|([A-Za-z_][\w$]*)\[\[)")
-_ASSIGNED = re.compile(r"\s*(?:\d+\s+)?ASSIGN ([\w$]+):([\w$]+)")
+_LABEL = r"\s*(?:\d+\s+)?"
+_ASSIGNED = re.compile(_LABEL + r"(?:POINTER )?ASSIGN ([\w$]+):([\w$]+)")
+# Statements that may give a value to any variable that they mention.
+_GIVING = re.compile(_LABEL + r"(?:DO|LABEL ASSIGN|ALLOCATE|OPEN|CLOSE|INQUIRE|READ|WRITE|REWIND|BACKSPACE|ENDFILE|FLUSH|WAIT"
+                     r"|Equivalence:)\s")
+_MENTIONED = re.compile(r"([\w$]+):([\w$]+)")
 _CONVERTED = re.compile(r"__(?:convert_\w+_|\w+_)([ilrc])(\d+)\Z")
 _LETTERS = {"i": "integer", "l": "logical", "r": "real", "c": "complex"}
 _REFERENCE = re.compile(r"([\w$]+):([\w$]+)((?:\(.*\))?)\Z", re.DOTALL)
@@ -25,6 +31,7 @@ class Symbol:
     size: int = 0
     attributes: frozenset = frozenset()
     formal: tuple = ()
+    elements: int | None = None  # of an array of one dimension, where they are told
 
     @property
     def is_procedure(self):
@@ -49,18 +56,25 @@ class Unit:
     name: str
     symbols: dict = field(default_factory=dict)
     calls: list = field(default_factory=list)
-    assigned: set = field(default_factory=set)
+    hosts: dict = field(default_factory=dict)  # name -> the unit around this one that declares it
     is_main: bool = False
 
 
 class Tree:
     def __init__(self, default_integer=4, default_real=4):
         self.units = {}
+        # (unit, variable) of those that statements other than calls may give a value; (unit, None) where any may be meant
+        self.given = set()
         self.default_integer, self.default_real = default_integer, default_real
 
     def find(self, unit, name):
         there = self.units.get(unit)
         return there.symbols.get(name) if there else None
+
+    def itself(self, unit):
+        """What is known of a procedure as such: its type and its arguments."""
+        host = self.units[unit].hosts.get(unit)
+        return self.find(host or unit, unit)
 
     def type_of(self, text):
         """(base, size) of an expression as it is dumped; unknown where it cannot be told."""
@@ -107,7 +121,7 @@ class Tree:
 def read(path, default_integer=4, default_real=4):
     """Reads a dump. The calls come in the order of the source."""
     tree, unit, symbol = Tree(default_integer, default_real), None, None
-    waiting = []
+    waiting, reading = [], False
     with open(path, encoding="utf-8", errors="replace") as lines:
         for line in lines:
             if match := _UNIT.match(line):
@@ -117,20 +131,36 @@ def read(path, default_integer=4, default_real=4):
                 continue
             elif match := _SYMBOL.match(line):
                 symbol = None if match[3] else unit.symbols.setdefault(match[1], Symbol(match[1]))
+                if match[3]:
+                    unit.hosts[match[1]] = match[4]
             elif symbol is not None and (match := _TYPE.match(line)):
                 symbol.base, symbol.size = match[1].lower(), _size(match[2])
             elif symbol is not None and (match := _ATTRIBUTES.match(line)):
                 symbol.attributes = frozenset(match[1].split())
                 unit.is_main = unit.is_main or "IS-MAIN-PROGRAM" in symbol.attributes
+            elif symbol is not None and (match := _ARRAY.match(line)):
+                symbol.elements = int(match[2]) - int(match[1]) + 1
             elif symbol is not None and (match := _FORMAL.match(line)):
                 symbol.formal = tuple(match[1].split())
-            elif "CALL " in line or "[[" in line or "ASSIGN " in line:
+            else:
+                words = line.split(None, 1)
+                reading = (reading or words[:1] == ["READ"]) and words[:1] != ["DT_END"]
                 if match := _ASSIGNED.match(line):
-                    unit.assigned.add(match[2])
-                waiting.append((unit, line.rstrip("\n")))
+                    tree.given.add(match.groups())
+                elif _GIVING.match(line) or reading:
+                    tree.given |= mentioned(line)
+                if words[:1] == ["OPEN"] and " UNIT=" not in line:
+                    tree.given.add((unit.name, None))  # of NEWUNIT= the dump does not tell
+                if "CALL " in line or "[[" in line:
+                    waiting.append((unit, line.rstrip("\n")))
     for unit, line in waiting:
         _calls(tree, unit, line)
     return tree
+
+
+def mentioned(text):
+    """The variables in a part of a dump, as (unit, variable)."""
+    return set(_MENTIONED.findall(text))
 
 
 def _size(text):
@@ -141,6 +171,8 @@ def _size(text):
 def _calls(tree, unit, line):
     for match in _CALL.finditer(line):
         name = match[1] or match[2]
+        if name.startswith("__"):  # the compiler's, and no procedure that anybody could have written
+            continue
         if match[1]:
             inside = balanced(line, match.end())
         else:
