@@ -191,7 +191,7 @@ class Told(Doctor):
             report = self.looked("--", name, status=0)
             done = self.ran(["bash", "-c", report["programs"][0]["commands"][0]])
             self.assertEqual((done.returncode, done.stderr), (0, ""), name)
-        done = subprocess.run([sys.executable, self.prefix / "bin/qxport", "doctor", *COMPILER, "--", "."], cwd=self.work,
+        done = subprocess.run([sys.executable, self.prefix / "bin/qxport", "doctor", "--quiet", *COMPILER, "--", "."], cwd=self.work,
                               env=os.environ | {"PYTHONIOENCODING": "utf-8:strict"}, capture_output=True, check=False)
         self.assertEqual((done.returncode, done.stderr), (0, b""))
         self.assertIn(b"\n\xff.f: p: the library serves", done.stdout)

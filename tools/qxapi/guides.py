@@ -77,7 +77,8 @@ def man_page(guide, options, writer):
 
 def _man_table(rows, writer):
     head, *body = rows
-    lines = [".TS", "allbox tab(\t);", " ".join(["lb"] * len(head)), f"{' '.join(['lx'] * len(head))}."]
+    # A long one goes on over pages.
+    lines = [".TS", f"allbox {'nokeep ' if len(body) > 20 else ''}tab(\t);", " ".join(["lb"] * len(head)), f"{' '.join(['lx'] * len(head))}."]
     for row in [head, *body]:
         lines.append("\t".join(f"T{{\n{writer.inline(spans(cell))}\nT}}" for cell in row))
     return [*lines, ".TE"]
