@@ -13,6 +13,14 @@ grep '^[a-z]' exported | grep -v '^qxport_' >traditional
 sed -nE 's/^    (function|subroutine) (\w+)\(.*/\2_/p' "$GENERATED/fortran/qxport.f90" | sort >bound_to
 comm -23 bound_to exported | expect_empty 'bound to what no library exports'
 
+# A program that is not built calls nothing.
+for source in "$SOURCE_DIR"/tests/fortran/*.f90; do
+  grep -qi '^ *program ' "$source" || continue # what the programs share
+  program=$BUILD_DIR/tests/fortran_$(basename "$source" .f90)
+  [[ -x $program ]] || printf '%s\n' "$program"
+done | expect_empty 'Fortran tests that are not built'
+((failures == 0)) || finish
+
 called_by() {
   local program
   for program in "$@"; do
