@@ -3,8 +3,7 @@
 # shellcheck source=common.bash
 source "$(dirname "$0")/common.bash"
 readme=$SOURCE_DIR/README.md
-prefix=$work/prefix
-"$CMAKE" --install "$BUILD_DIR" --prefix "$prefix" >install.log 2>&1 || { fail 'it does not install'; cat install.log; }
+"$CMAKE" --install "$BUILD_DIR" --prefix "$work/prefix" >install.log 2>&1 || { fail 'it does not install'; cat install.log; }
 
 # blocks LANGUAGE: each fenced block of the README into a file of its own, LANGUAGE.1 and so on.
 blocks() {
@@ -29,7 +28,9 @@ done
 LC_ALL=C ./prog_1 | grep -qx 'data: No such file or directory' || fail 'the first program says something else'
 cp prog_1.f90 prog.f90
 
-# The commands, with the prefix put in. What ./dev does is its own affair, but it must know the command.
+# The commands, with the prefix put in under a name that has no blanks wherever this directory is. What ./dev does is its
+# own affair, but it must know the command.
+prefix=/proc/self/cwd/prefix
 mkdir bin
 cat >bin/gfortran <<EOF
 #!/bin/sh

@@ -1,6 +1,6 @@
 !prints: good
       program clean
-      character*80 dir, me
+      character*4096 dir, me
       integer*4 getpid
       i = getcwd(dir)
       call getlog(me)
