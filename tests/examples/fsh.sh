@@ -260,4 +260,4 @@ shell 2 "$WORK"
 complains 'Is a directory'
 
 ((failures == 0)) || exit 1
-exec timeout 240 "$PYTHON" "$here/fsh.py" "$fsh"
+timeout 240 "$PYTHON" "$here/fsh.py" "$fsh"

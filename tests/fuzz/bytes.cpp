@@ -21,7 +21,7 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***) {
   directory = std::filesystem::temp_directory_path() / "fuzz.XXXXXX";
   if (mkdtemp(directory.data()) == nullptr)
     abort();
-  atexit([] { std::filesystem::remove_all(directory); });
+  atexit([] { fuzz::remove_own_directory(directory); });
   // The fuzzer reads and writes its corpus as it goes, so it keeps its root and its user.
   fuzz::enter_own_directory(directory.c_str(), false);
   fuzz_users_change = 0;

@@ -12,11 +12,13 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <pty.h>
 #include <string>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/time.h>
+#include <system_error>
 #include <unistd.h>
 #include <vector>
 
@@ -486,6 +488,15 @@ void enter_own_directory(const char *directory, bool may_be_root) {
   const int32_t opened = fuzz_open_units(numbers.data(), static_cast<int32_t>(numbers.size()));
   for (int32_t i = 0; i < opened; ++i)
     units.add(numbers[static_cast<size_t>(i)]);
+}
+
+void remove_own_directory(const std::string &directory) {
+  std::error_code ignored;
+  std::filesystem::permissions(directory, std::filesystem::perms::owner_all, ignored);
+  for (const auto &entry : std::filesystem::directory_iterator(directory, ignored))
+    if (entry.symlink_status(ignored).type() == std::filesystem::file_type::directory)
+      remove_own_directory(entry.path());
+  std::filesystem::remove_all(directory, ignored);
 }
 
 void keep_reports_apart() {

@@ -5,11 +5,16 @@
 #include "fuzz/choices.h"
 #include "fuzz/routine.h"
 
+#include <string>
+
 namespace fuzz {
 
 // A directory of the driver's own with files of every kind in it, the working directory from now on; where it
 // may be and the process may, its root as well.
 void enter_own_directory(const char *directory, bool may_be_root);
+
+// Removes it with all that calls have made in it, whatever permissions they have taken away.
+void remove_own_directory(const std::string &directory);
 
 // The standard streams are files of the directory from now on, and reports go where the standard error went.
 void keep_reports_apart();

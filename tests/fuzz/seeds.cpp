@@ -123,9 +123,7 @@ int main(int count, char **words) {
       run(seed, options, directory);
     int status;
     const bool in_time = await(child, &status);
-    std::error_code ignored;
-    std::filesystem::permissions(directory, std::filesystem::perms::owner_all, ignored);
-    std::filesystem::remove_all(directory, ignored);
+    fuzz::remove_own_directory(directory);
     if (const std::string wrong = judge(in_time, status); !wrong.empty()) {
       fprintf(stderr, "fuzz: %s in call %u of --seed %llu: %s\n", wrong.c_str(), fuzz::calls_made(),
               static_cast<unsigned long long>(seed), fuzz::last_call());

@@ -55,8 +55,9 @@ TemporaryDirectory::TemporaryDirectory() {
 }
 
 TemporaryDirectory::~TemporaryDirectory() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
+  std::error_code error;
+  std::filesystem::remove_all(path_, error);
+  EXPECT_FALSE(error) << path_ << " stays: " << error.message();
 }
 
 std::string TemporaryDirectory::file(const std::string &name, const std::string &contents,

@@ -48,6 +48,11 @@ protected:
     answer_to_a_name = 0;
     listing_fails = false;
   }
+  // What the test has made is removed on the host as it is.
+  ~FindFileInjected() override {
+    answer_to_a_name = 0;
+    listing_fails = false;
+  }
   const TemporaryDirectory directory;
 };
 
