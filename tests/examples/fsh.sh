@@ -208,8 +208,8 @@ says $'failed 2\nand still here'
 complains '1: Too many open files'
 limited 10 127 "$place/script"
 complains 'Too many open files'
-limited 5 0 -c 'echo a | cat | cat | cat; echo failed $?; echo and still here'
-says $'failed 2\nand still here'
+limited 5 0 -c 'echo a | cat | cat | cat; echo failed $?; echo room for | cat; echo and still here'
+says $'failed 2\nroom for\nand still here'
 complains 'cannot start a process: Too many open files'
 limited 14 0 -c "$(for number in {1..30}; do echo 'true | true; cd . > other; true &'; done)"$'\nwait; echo end'
 says end

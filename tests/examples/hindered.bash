@@ -1,14 +1,20 @@
 # shellcheck shell=bash
+# make_preloaded LIBRARY SOURCE: builds a library for the programs of the build.
 # preloaded LIBRARY COMMAND...: runs a program of the build with a library in front of all others.
 # hindered COMMAND...: runs it on a host whose calls are interrupted and do little at a time.
 : "${CC:?}" "${TARGET:?}"
-hindered_width=()
-[[ $TARGET != 32 ]] || hindered_width=(-m32)
+preloaded_width=()
+[[ $TARGET != 32 ]] || preloaded_width=(-m32)
+hindering=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)/hindered.c
 
-# make_hindrance FILE
+make_preloaded() {
+  "$CC" "${preloaded_width[@]}" -shared -fPIC -o "$1" "$2" -ldl
+}
+
+# make_hindrance LIBRARY
 make_hindrance() {
   hindrance=$1
-  "$CC" "${hindered_width[@]}" -shared -fPIC -o "$hindrance" "$(dirname "${BASH_SOURCE[0]}")/hindered.c" -ldl
+  make_preloaded "$1" "$hindering"
 }
 
 # The loader takes a blank for the end of a name in LD_PRELOAD, and not in its search path. An instrumented program does

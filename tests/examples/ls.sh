@@ -148,7 +148,7 @@ void pxfopendir_(const char *name, const int32_t *length, int32_t *handle, int32
     *error = EIO;
 }
 END
-"$CC" "${hindered_width[@]}" -shared -fPIC -o "$place/rare.so" "$place/rare.c" -ldl
+make_preloaded "$place/rare.so" "$place/rare.c"
 rare() { preloaded "$place/rare.so" "$ls" "$@"; }
 same 'the numbers of a large device' '2741, 703710' \
   "$(rare -l /dev/null | sed -nE 's/.* ([0-9]+, +[0-9]+) .*/\1/p')"

@@ -196,7 +196,7 @@ void pxfstructcreate_(const char *name, int32_t *handle, int32_t *error, intptr_
     *error = 127;
 }
 END
-  "$CC" "${width_flags[@]}" -shared -fPIC -o "$work/refusing.so" "$work/refusing.c" -ldl
+  make_preloaded "$work/refusing.so" "$work/refusing.c"
   preloaded "$work/refusing.so" "$program" >"$work/out" 2>"$work/err"
   same 'status with a refusing library' 1 $?
   same 'standard error with a refusing library' 'sysinfo: the library does not know SIGWINCH

@@ -83,7 +83,7 @@ int close(int descriptor) {
   return -1;
 }
 END
-"$CC" "${hindered_width[@]}" -shared -fPIC -o "$place/late.so" late.c
+make_preloaded "$place/late.so" late.c
 status=0
 preloaded "$place/late.so" "$tee" late <input >out 2>errors || status=$?
 expect 'a failed close gives status 1' test "$status" = 1
