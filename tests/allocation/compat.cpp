@@ -166,6 +166,17 @@ TEST_F(CompatAllocation, NothingIsKept) {
   EXPECT_EQ(heap_growth([] { setenvqq_("X=Y=Z", 5); }), 0u) << "the value that is there already";
 }
 
+// The entries stay, and of the lists that held them the last one.
+TEST_F(CompatAllocation, EnvironmentThatGrowsKeepsOneList) {
+  constexpr size_t NAMES = 1000, ALL_LISTS = NAMES * NAMES / 2 * sizeof(char *);
+  const size_t before = heap_in_use();
+  for (size_t i = 0; i < NAMES; ++i) {
+    const std::string text = "N=" + std::to_string(i) + "=1";
+    ASSERT_EQ(setenvqq_(text.data(), static_cast<qxport_charlen>(text.size())), 1);
+  }
+  EXPECT_LT(heap_in_use() - before, ALL_LISTS / 4);
+}
+
 TEST_F(CompatAllocation, TimesAndSignalsNeedNone) {
   const FailingAllocation counting(0);
   int32_t time = 0;

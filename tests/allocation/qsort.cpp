@@ -4,8 +4,22 @@
 #include "recorder.h"
 
 #include <algorithm>
+#include <dlfcn.h>
 #include <random>
+#include <unistd.h>
 #include <vector>
+
+namespace {
+
+// The machine's memory in pages, where it is not the host's.
+long memory_in_pages;
+
+}  // namespace
+
+long sysconf(int name) noexcept {
+  static const auto hosts = reinterpret_cast<long (*)(int)>(dlsym(RTLD_NEXT, "sysconf"));
+  return name == _SC_PHYS_PAGES && memory_in_pages != 0 ? memory_in_pages : hosts(name);
+}
 
 namespace {
 
@@ -103,4 +117,20 @@ TEST(Qsort, GivesBackItsRoomAndAsksForNoneWhereItIsSmall) {
   const FailingAllocation counting(0);
   sort(&elements, 1, 255, ascending);
   EXPECT_EQ(counting.allocations(), 0U);
+}
+
+// A quarter of the machine's memory, in whole pages, is not asked for.
+TEST(Qsort, LargePartOfTheMemoryIsSortedInPlace) {
+  const auto of_a_page = static_cast<size_t>(sysconf(_SC_PAGESIZE)) / sizeof(int32_t);
+  for (const bool is_large : {false, true}) {
+    const size_t count = 2 * of_a_page - (is_large ? 0 : 1);
+    std::vector<int32_t> elements = walled(count), expected = elements;
+    std::sort(expected.begin() + 1, expected.end() - 1);
+    const FailingAllocation counting(0);
+    memory_in_pages = 8;
+    sort(&elements, 1, count, ascending);
+    memory_in_pages = 0;
+    EXPECT_EQ(counting.requested(1), is_large ? 0 : count * sizeof(int32_t));
+    EXPECT_EQ(elements, expected);
+  }
 }

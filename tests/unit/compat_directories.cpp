@@ -128,6 +128,10 @@ TEST_F(CompatDirectories, CurrentDirectoryOfTheOneDrive) {
   Character large(padded("", 5000));
   EXPECT_EQ(drive_directory(large), (Outcome{length, untouched()}));
   EXPECT_EQ(large.text(), padded(here, 5000));
+  char beside = ' ';  // of a variable without characters
+  for (const qxport_charlen none : {0, -1})
+    EXPECT_EQ(outcome_of([&] { return getdrivedirqq_(&beside, none); }), succeeded());
+  EXPECT_EQ(beside, ' ');
 }
 
 TEST_F(CompatDirectories, NoOtherDriveIsThere) {

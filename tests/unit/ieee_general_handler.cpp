@@ -213,6 +213,14 @@ TEST_F(GeneralHandler, ErasedCodeClearsAFlag) {
   }
 }
 
+TEST_F(GeneralHandler, ErasedCodeOfAContextWithoutUnits) {
+  shared->context.uc_mcontext.fpregs = nullptr;
+  for (const int trap : {X87_TRAP, SSE_TRAP}) {
+    set_trap(trap, FPE_FLTRES);
+    EXPECT_EQ(handle(erase_the_cause).exit_code(), HANDLED) << trap;
+  }
+}
+
 TEST_F(GeneralHandler, CodeLeftAloneClearsNothing) {
   set_units(0x0340, 0x3F, 0x3F);
   set_trap(SSE_TRAP, FPE_FLTDIV);

@@ -243,6 +243,20 @@ TEST_F(SignalProcedures, ProcedureMayCallSignal) {
   EXPECT_EQ(calls_of_b, 2);
 }
 
+// The number is the call's own.
+TEST_F(SignalProcedures, ProcedureThatAnotherSignalInterruptsKeepsItsNumber) {
+  static int32_t behind;
+  const auto interrupted = [](int32_t *number) {
+    raise(SIGUSR2);
+    behind = *number;
+  };
+  EXPECT_EQ(signal_of(SIGUSR1, argument(+interrupted), -1), answers(0));
+  EXPECT_EQ(signal_of(SIGUSR2, argument(procedure_b), -1), answers(0));
+  raise(SIGUSR1);
+  EXPECT_EQ(number_of_b, SIGUSR2);
+  EXPECT_EQ(behind, SIGUSR1);
+}
+
 TEST_F(SignalProcedures, HandlerOfASignalWithoutAProcedureDoesNothing) {
   errno = ERRNO_SENTINEL;
   for (const int number : {-1, 0, 1, 32, 33, 64, INT32_MAX, INT32_MIN})

@@ -180,6 +180,7 @@ TEST(Ctime, YearsOfOtherLengths) {
   const Zone zone(UTC);
   expect_text_in_every_length(ctimei8_, "Sat Jan  1 00:00:00 10000\n", int64_t{253402300800});
   expect_text_in_every_length(ctimei8_, "Tue Jan  1 00:00:00 999\n", int64_t{-30641760000});
+  expect_text_in_every_length(ctimei8_, "Sat Jan  1 00:00:00 0\n", int64_t{-62167219200});
   expect_text_in_every_length(ctimei8_, "Fri Dec 31 23:59:59 -1\n", int64_t{-62167219201});
 }
 
