@@ -196,11 +196,12 @@ for number in {3..9}; do
   [[ $(<"$WORK/met$number") == 2 ]] || fail "commands of a file meet descriptor $number"
 done
 
-# Few descriptors: what cannot be had is told, and what the shell has it keeps.
+# Few descriptors, and none from where the test was started: what cannot be had is told, and what the shell has it keeps.
 limited() {
   local limit=$1 wanted=$2 got=0
   shift 2
-  (cd "$WORK" && ulimit -n "$limit" && exec timeout 60 "$fsh" "$@") >"$place/out" 2>"$place/errors" || got=$?
+  (cd "$WORK" && ulimit -n "$limit" && exec timeout 60 "$fsh" "$@" 3>&- 4>&- 5>&- 6>&- 7>&- 8>&- 9>&-) \
+    >"$place/out" 2>"$place/errors" || got=$?
   ((got == wanted)) || fail "fsh ${*@Q} with $limit descriptors ended with $got, not $wanted: $(<"$place/errors")"
 }
 limited 10 0 -c 'cd . > other; echo failed $?; cd . < other; echo and still here'

@@ -130,6 +130,9 @@ TEST_F(FpServices, PrecisionNeverReachesTheX87Unit) {
   EXPECT_EQ(x87_control_word(), FRESH_X87);
   EXPECT_EQ(controlfp(0x300, 0x300), START | 0x70300);
   EXPECT_EQ(x87_control_word(), FRESH_X87 | 0xC00);
+  load_x87_control_word(FRESH_X87 | 0x1000);
+  EXPECT_EQ(controlfp(0, 0x40300), START | 0x30000);
+  EXPECT_EQ(x87_control_word(), FRESH_X87 | 0x1000) << "nor does infinity control";
 }
 
 TEST_F(FpServices, PrecisionIsTheThreads) {
@@ -258,6 +261,16 @@ TEST_F(FpServices, FlagsOfBothUnits) {
   EXPECT_EQ(clearfp(), 0U);
   EXPECT_EQ(x87_status_word() & 0x3F, 0);
   EXPECT_EQ(sse_word(), FRESH_SSE);
+}
+
+TEST_F(FpServices, FlagsOfOtherExceptionsStayInTheirUnit) {
+  x87_divide(1, 3);
+  controlfp(0, 0x8);
+  const uint16_t x87 = x87_status_word();
+  const uint32_t sse = sse_word();
+  fresh_units();
+  EXPECT_EQ(x87 & 0x3F, 0x20);
+  EXPECT_EQ(sse, FRESH_SSE & ~0x200U);
 }
 
 // The x87 unit would trap, at its next instruction, on a flag of long ago.
