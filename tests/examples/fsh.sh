@@ -218,6 +218,28 @@ shell 0 -c 'echo a >&12; echo failed $?'
 says 'failed 2'
 complains '12: Bad file descriptor'
 
+# A host that refuses the first process: what stands ready for it is closed.
+cat >"$place/refusing.c" <<'END'
+#define _GNU_SOURCE
+#include <dlfcn.h>
+#include <errno.h>
+#include <unistd.h>
+
+pid_t fork(void) {
+  static int calls;
+  errno = EAGAIN;
+  return calls++ == 0 ? -1 : ((pid_t (*)(void))dlsym(RTLD_NEXT, "fork"))();
+}
+END
+make_preloaded "$place/refusing.so" "$place/refusing.c"
+shell 0 -c 'ls /proc/$$/fd'
+mv "$place/out" "$place/usual"
+preloaded "$place/refusing.so" "$fsh" -c 'true | true; echo failed $?; ls /proc/$$/fd' >"$place/out" 2>"$place/errors" ||
+  fail 'the shell ends without a process'
+complains 'cannot start a process: Resource temporarily unavailable'
+says "failed 2
+$(<"$place/usual")"
+
 # Calls that are interrupted, and do little at a time.
 make_hindrance "$place/hindered.so"
 deep=$(printf 'd%.0s' {1..200})

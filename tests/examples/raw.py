@@ -37,6 +37,7 @@ def run(end, typed=b""):
     status and the modes around it."""
     master, slave = pty.openpty()
     os.write(master, typed)
+    read_until(master, typed)  # what is not echoed yet may come behind the flushing
     before = termios.tcgetattr(slave)
     program = subprocess.Popen(
         [sys.argv[1]], stdin=slave, stdout=slave, stderr=slave, start_new_session=True, env=environment
