@@ -26,7 +26,9 @@ grep -q '^Done  at [0-9][0-9]:[0-9][0-9]:[0-9][0-9]:$' out || fail 'the last sum
 awk '/by dclock/ { elapsed = $4 } /by timef/ { whole = $4 } /^  steps/ { steps = $2 + 0 }
   END { exit !(elapsed >= 4 && whole >= 3 && steps > 0) }' out || fail "the times: $(<out)"
 
-# Ctrl-C until it ends, which is the second time at the latest that it looks. Before its first line it is not ready.
+# Ctrl-C until it ends, which is the second time at the latest that it looks. Before its first line it is not ready, and
+# that of the run before is gone.
+: >out
 "$program" 50 >out 2>err &
 child=$!
 until grep -q '^computing' out || ! kill -0 "$child" 2>/dev/null; do
