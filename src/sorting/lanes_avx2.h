@@ -14,18 +14,13 @@ struct Vector256 {
   using T = Element;
   typedef Word V __attribute__((vector_size(32)));
   static constexpr int N = 32 / sizeof(T);
-  // Where the room is less than two vectors, the one stored to the right would spoil the one stored to the
-  // left.
-  static constexpr int SPREAD_ROOM = 2 * N;
   static constexpr int WORDS = 32 / sizeof(Word);
   static constexpr int WORDS_OF_ONE = WORDS / N;
 #ifdef __x86_64__
   static constexpr int ROWS = 16;
-  static constexpr int UNROLL = 8;
 #else
   // Of sixteen registers there are eight.
   static constexpr int ROWS = 8;
-  static constexpr int UNROLL = 4;
 #endif
 
   static SORTING_INLINE V load(const Cell<T> *from) {
@@ -124,7 +119,7 @@ struct Permutations {
 template <int LANES>
 constexpr Permutations<LANES, 8 / LANES> PERMUTATIONS;
 
-// Brings the lanes of the mask to the end of the vector and stores it to both ends; how many they are.
+// Brings the lanes of the mask to the end of the vector and stores it to both ends; how many the others are.
 template <typename Lanes>
 SORTING_INLINE size_t spread_by_mask(typename Lanes::V lanes, unsigned mask, Cell<typename Lanes::T> *left,
                                      Cell<typename Lanes::T> *right) {
@@ -133,7 +128,7 @@ SORTING_INLINE size_t spread_by_mask(typename Lanes::V lanes, unsigned mask, Cel
   const typename Lanes::V parted = (typename Lanes::V)_mm256_permutevar8x32_epi32((__m256i)lanes, places);
   Lanes::store(left, parted);
   Lanes::store(right - Lanes::N, parted);
-  return static_cast<size_t>(__builtin_popcount(mask));
+  return static_cast<size_t>(__builtin_popcount(mask ^ ((1U << Lanes::N) - 1)));
 }
 
 struct Int32 : Vector256<int32_t, int32_t> {

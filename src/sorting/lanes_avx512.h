@@ -21,16 +21,13 @@ struct Vector512 {
   using T = Element;
   typedef Word V __attribute__((vector_size(64)));
   static constexpr int N = 64 / sizeof(T);
-  static constexpr int SPREAD_ROOM = N;
   static constexpr int WORDS = 64 / sizeof(Word);
   static constexpr int WORDS_OF_ONE = WORDS / N;
 #ifdef __x86_64__
   static constexpr int ROWS = 16;
-  static constexpr int UNROLL = 8;
 #else
   // Of thirty-two registers there are eight.
   static constexpr int ROWS = 8;
-  static constexpr int UNROLL = 4;
 #endif
 
   static SORTING_INLINE V load(const Cell<T> *from) {
@@ -89,13 +86,13 @@ struct Words32 : Vector512<Word, Word> {
   static SORTING_INLINE void store_some(Cell<T> *to, size_t count, V lanes) {
     store_chosen(to, first_lanes(count), lanes);
   }
-  // Stores the lanes of the mask to the right end, the others to the left one; how many they are.
+  // Stores the lanes of the mask to the right end, the others to the left one; how many the latter are.
   static SORTING_INLINE size_t spread_by_mask(V lanes, Mask greater, Cell<T> *left, Cell<T> *right) {
     const size_t count = static_cast<size_t>(__builtin_popcount(greater));
     _mm512_storeu_si512(left, _mm512_maskz_compress_epi32(static_cast<Mask>(~greater), (__m512i)lanes));
     _mm512_mask_storeu_epi32(right - count, first_lanes(count),
                              _mm512_maskz_compress_epi32(greater, (__m512i)lanes));
-    return count;
+    return Base::N - count;
   }
 };
 
@@ -145,7 +142,8 @@ struct Real32 : Words32<float> {
   }
 };
 
-// For every mask of eight lanes their order when those of the mask are brought to the end; four bits a lane.
+// For every mask of eight lanes their order when those of the mask are brought to the front; four bits a
+// lane.
 struct Permutations {
   uint32_t lanes[256];
 
@@ -154,7 +152,7 @@ struct Permutations {
       int next = 0;
       for (unsigned chosen = 0; chosen < 2; ++chosen)
         for (unsigned lane = 0; lane < 8; ++lane)
-          if ((mask >> lane & 1) == chosen)
+          if ((mask >> lane & 1) != chosen)
             lanes[mask] |= lane << (4 * next++);
     }
   }
@@ -194,16 +192,17 @@ struct OneWord64 : Words64<Word, Word> {
   using Base = Words64<Word, Word>;
   using typename Base::T;
   using typename Base::V;
-  static constexpr int SPREAD_ROOM = 2 * Base::N;
 
   static SORTING_INLINE V all(T value) { return Base::all_words(value); }
-  static SORTING_INLINE size_t spread_by_mask(V lanes, __mmask8 greater, Cell<T> *left, Cell<T> *right) {
-    const __m512i packed = _mm512_set1_epi32(static_cast<int>(PERMUTATIONS.lanes[greater]));
+  // Stores the lanes of the mask to the left end, the others to the right one; how many the former are.
+  static SORTING_INLINE size_t spread_by_mask(V lanes, __mmask8 not_greater, Cell<T> *left, Cell<T> *right) {
+    const size_t mask = _cvtmask8_u32(not_greater);
+    const __m512i packed = _mm512_set1_epi32(static_cast<int>(PERMUTATIONS.lanes[mask]));
     const __m512i places = _mm512_srlv_epi64(packed, _mm512_setr_epi64(0, 4, 8, 12, 16, 20, 24, 28));
     const __m512i parted = _mm512_permutexvar_epi64(places, (__m512i)lanes);
     _mm512_storeu_si512(left, parted);
     _mm512_storeu_si512(right - Base::N, parted);
-    return static_cast<size_t>(__builtin_popcount(greater));
+    return static_cast<size_t>(__builtin_popcountll(mask));
   }
 };
 
@@ -212,6 +211,7 @@ struct Int64 : OneWord64<int64_t> {
     return _mm512_mask_cmpgt_epi64_mask(among, (__m512i)a, (__m512i)b);
   }
   static SORTING_INLINE Mask greater(V a, V b) { return _mm512_cmpgt_epi64_mask((__m512i)a, (__m512i)b); }
+  static SORTING_INLINE Mask not_greater(V a, V b) { return _mm512_cmple_epi64_mask((__m512i)a, (__m512i)b); }
   static SORTING_INLINE bool any_greater(V a, V b) { return greater(a, b) != 0; }
   static SORTING_INLINE void order(V &a, V &b) {
     const __m512i one = (__m512i)a, other = (__m512i)b;
@@ -224,7 +224,7 @@ struct Int64 : OneWord64<int64_t> {
     return (V)_mm512_mask_max_epi64(_mm512_min_epi64(one, other), upper_words<MASK>(), one, other);
   }
   static SORTING_INLINE size_t spread(V lanes, V pivot, Cell<T> *left, Cell<T> *right) {
-    return spread_by_mask(lanes, greater(lanes, pivot), left, right);
+    return spread_by_mask(lanes, not_greater(lanes, pivot), left, right);
   }
 };
 
@@ -232,6 +232,9 @@ struct Real64 : OneWord64<double> {
   using Bits = Int64;
   static SORTING_INLINE Mask greater(V a, V b) {
     return _mm512_cmp_pd_mask((__m512d)a, (__m512d)b, _CMP_GT_OQ);
+  }
+  static SORTING_INLINE Mask not_greater(V a, V b) {
+    return _mm512_cmp_pd_mask((__m512d)a, (__m512d)b, _CMP_LE_OQ);
   }
   static SORTING_INLINE bool any_greater(V a, V b) { return greater(a, b) != 0; }
   static SORTING_INLINE void order(V &a, V &b) {
@@ -245,7 +248,7 @@ struct Real64 : OneWord64<double> {
     return (V)_mm512_mask_max_pd(_mm512_min_pd(one, other), upper_words<MASK>(), one, other);
   }
   static SORTING_INLINE size_t spread(V lanes, V pivot, Cell<T> *left, Cell<T> *right) {
-    return spread_by_mask(lanes, greater(lanes, pivot), left, right);
+    return spread_by_mask(lanes, not_greater(lanes, pivot), left, right);
   }
 };
 
@@ -281,7 +284,7 @@ struct Int128 : Words64<Wide> {
     _mm512_storeu_si512(left, _mm512_maskz_compress_epi64(static_cast<__mmask8>(~words), (__m512i)lanes));
     _mm512_mask_storeu_epi64(right - count, static_cast<__mmask8>(first(count)),
                              _mm512_maskz_compress_epi64(words, (__m512i)lanes));
-    return count;
+    return N - count;
   }
 };
 

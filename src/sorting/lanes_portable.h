@@ -16,8 +16,6 @@ struct Single {
   using Bits = Single;
   static constexpr int N = 1;
   static constexpr int ROWS = 16;
-  static constexpr int UNROLL = 8;
-  static constexpr int SPREAD_ROOM = 1;
 
   static SORTING_INLINE V load(const Cell<T> *from) { return from->value; }
   static SORTING_INLINE void store(Cell<T> *to, V lane) { to->value = lane; }
@@ -48,11 +46,11 @@ struct Single {
     }
   }
 
-  // Stores the lane to both ends; how many are greater than the pivot.
+  // Stores the lane to both ends; how many are not greater than the pivot.
   static SORTING_INLINE size_t spread(V lane, V pivot, Cell<T> *left, Cell<T> *right) {
     left->value = lane;
     right[-1].value = lane;
-    return lane > pivot;
+    return !(lane > pivot);
   }
 };
 

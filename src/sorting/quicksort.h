@@ -80,7 +80,7 @@ void quicksort(Cell<typename Lanes::T> *array, size_t count, int samplings) {
 // More elements than a handful, of which it is not known that they are in order.
 template <typename Lanes>
 SORTING_INLINE void sort_many(Cell<typename Lanes::T> *array, size_t count) {
-  static_assert(FEW<Lanes> >= 2 * BLOCK<Lanes>);
+  static_assert(FEW<Lanes> >= 2 * Block<Lanes>::ELEMENTS);
   if (count <= FEW<Lanes>)
     return sort_few<Lanes>(array, count);
   if (in_order<Lanes, true>(array, count))

@@ -20,12 +20,9 @@ struct EmulatedLanes {
   static constexpr int N = LANES;
 #ifdef __x86_64__
   static constexpr int ROWS = 16;
-  static constexpr int UNROLL = 8;
 #else
   static constexpr int ROWS = LANES == 1 ? 16 : 8;
-  static constexpr int UNROLL = LANES == 1 ? 8 : 4;
 #endif
-  static constexpr int SPREAD_ROOM = N;
 
   // How many elements were compared with a pivot.
   inline static size_t parted = 0;
@@ -91,7 +88,7 @@ struct EmulatedLanes {
         left[lower++].value = element;
     for (size_t lane = 0; lane < greater; ++lane)
       (right - greater)[lane].value = upper[lane];
-    return greater;
+    return lower;
   }
 };
 
