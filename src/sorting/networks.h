@@ -32,9 +32,20 @@ struct ColumnNetwork<2> {
   static constexpr Exchange STEPS[LENGTH] = {{0, 1}};
 };
 template <>
+struct ColumnNetwork<3> {
+  static constexpr int LENGTH = 3;
+  static constexpr Exchange STEPS[LENGTH] = {{0, 2}, {0, 1}, {1, 2}};
+};
+template <>
 struct ColumnNetwork<4> {
   static constexpr int LENGTH = 5;
   static constexpr Exchange STEPS[LENGTH] = {{0, 1}, {2, 3}, {0, 2}, {1, 3}, {1, 2}};
+};
+template <>
+struct ColumnNetwork<6> {
+  static constexpr int LENGTH = 12;
+  static constexpr Exchange STEPS[LENGTH] = {{0, 5}, {1, 3}, {2, 4}, {1, 2}, {3, 4}, {0, 3},
+                                             {2, 5}, {0, 1}, {2, 3}, {4, 5}, {1, 2}, {3, 4}};
 };
 template <>
 struct ColumnNetwork<8> {
@@ -42,6 +53,19 @@ struct ColumnNetwork<8> {
   static constexpr Exchange STEPS[LENGTH] = {{0, 2}, {1, 3}, {4, 6}, {5, 7}, {0, 4}, {1, 5}, {2, 6},
                                              {3, 7}, {0, 1}, {2, 3}, {4, 5}, {6, 7}, {2, 4}, {3, 5},
                                              {1, 4}, {3, 6}, {1, 2}, {3, 4}, {5, 6}};
+};
+template <>
+struct ColumnNetwork<12> {
+  static constexpr int LENGTH = 39;
+  static constexpr Exchange STEPS[LENGTH] = {{0, 8}, {1, 7}, {2, 6},  {3, 11}, {4, 10}, {5, 9},    //
+                                             {0, 1}, {2, 5}, {3, 4},  {6, 9},  {7, 8},  {10, 11},  //
+                                             {0, 2}, {1, 6}, {5, 10}, {9, 11},                     //
+                                             {0, 3}, {1, 2}, {4, 6},  {5, 7},  {8, 11}, {9, 10},   //
+                                             {1, 4}, {3, 5}, {6, 8},  {7, 10},                     //
+                                             {1, 3}, {2, 5}, {6, 9},  {8, 10},                     //
+                                             {2, 3}, {4, 5}, {6, 7},  {8, 9},                      //
+                                             {4, 6}, {5, 7},                                       //
+                                             {3, 4}, {5, 6}, {7, 8}};
 };
 template <>
 struct ColumnNetwork<16> {
@@ -68,19 +92,29 @@ SORTING_INLINE void sort_columns(typename Lanes::V *rows) {
   });
 }
 
-// Orders every element of the lower half of `COUNT` rows with its mirror image, in groups of 2 * WIDTH lanes,
-// then does so with both halves; at last within each row.
+// Half of the first power of two that is not below a count of two or more.
+constexpr int half_of_power_from(int count) {
+  int half = 1;
+  while (2 * half < count)
+    half *= 2;
+  return half;
+}
+
+// Orders every element of the lower half of COUNT rows with its mirror image, in groups of 2 * WIDTH lanes,
+// then does so with both halves; at last within each row. Where COUNT is not a power of two the rows up to it
+// count as rows of greatest elements, which stay where they are.
 template <typename Lanes, int COUNT, int WIDTH>
 SORTING_INLINE void halve_rows(typename Lanes::V *rows) {
   if constexpr (COUNT > 1) {
-    repeat<COUNT / 2>([&](auto index) SORTING_UNROLLED {
-      constexpr int ROW = decltype(index)::value;
-      typename Lanes::V mirrored = Lanes::template flipped<2 * WIDTH - 1>(rows[COUNT - 1 - ROW]);
-      Lanes::order(rows[ROW], mirrored);
-      rows[COUNT - 1 - ROW] = mirrored;
+    constexpr int HALF = half_of_power_from(COUNT);
+    repeat<COUNT - HALF>([&](auto index) SORTING_UNROLLED {
+      constexpr int UPPER = HALF + decltype(index)::value, LOWER = 2 * HALF - 1 - UPPER;
+      typename Lanes::V mirrored = Lanes::template flipped<2 * WIDTH - 1>(rows[UPPER]);
+      Lanes::order(rows[LOWER], mirrored);
+      rows[UPPER] = mirrored;
     });
-    halve_rows<Lanes, COUNT / 2, WIDTH>(rows);
-    halve_rows<Lanes, COUNT / 2, WIDTH>(rows + COUNT / 2);
+    halve_rows<Lanes, HALF, WIDTH>(rows);
+    halve_rows<Lanes, COUNT - HALF, WIDTH>(rows + HALF);
   }
 }
 
@@ -116,11 +150,10 @@ SORTING_INLINE void sort_rows(typename Lanes::V *rows) {
   merge_columns<Lanes, ROWS, 1>(rows);
 }
 
-// More than half of the rows are full; what is missing behind the last element counts as the largest value,
-// and is not stored.
-template <typename Lanes, int ROWS>
+// The first FULL rows are full; what is missing behind the last element counts as the largest value, and is
+// not stored.
+template <typename Lanes, int FULL, int ROWS>
 [[gnu::noinline]] void sort_in_rows(Cell<typename Lanes::T> *array, size_t count) {
-  constexpr size_t FULL = ROWS / 2 * Lanes::N;
   typename Lanes::V rows[ROWS];
   const auto rest_of_row = [&](int row) SORTING_UNROLLED {
     const size_t begin = static_cast<size_t>(row) * Lanes::N;
@@ -129,7 +162,7 @@ template <typename Lanes, int ROWS>
   };
   repeat<ROWS>([&](auto index) SORTING_UNROLLED {
     constexpr int ROW = decltype(index)::value;
-    if constexpr (ROW * Lanes::N < FULL)
+    if constexpr (ROW < FULL)
       rows[ROW] = Lanes::load(array + ROW * Lanes::N);
     else
       rows[ROW] = Lanes::load_some(array + ROW * Lanes::N, rest_of_row(ROW));
@@ -137,7 +170,7 @@ template <typename Lanes, int ROWS>
   sort_rows<Lanes, ROWS>(rows);
   repeat<ROWS>([&](auto index) SORTING_UNROLLED {
     constexpr int ROW = decltype(index)::value;
-    if constexpr (ROW * Lanes::N < FULL)
+    if constexpr (ROW < FULL)
       Lanes::store(array + ROW * Lanes::N, rows[ROW]);
     else
       Lanes::store_some(array + ROW * Lanes::N, rest_of_row(ROW), rows[ROW]);
@@ -151,14 +184,20 @@ constexpr size_t FEW = Lanes::ROWS *Lanes::N;
 template <typename Lanes>
 SORTING_INLINE void sort_few(Cell<typename Lanes::T> *array, size_t count) {
   if (count <= Lanes::N)
-    return sort_in_rows<Lanes, 1>(array, count);
+    return sort_in_rows<Lanes, 0, 1>(array, count);
   if (count <= 2 * Lanes::N)
-    return sort_in_rows<Lanes, 2>(array, count);
+    return sort_in_rows<Lanes, 1, 2>(array, count);
+  if (count <= 3 * Lanes::N)
+    return sort_in_rows<Lanes, 2, 3>(array, count);
   if (count <= 4 * Lanes::N)
-    return sort_in_rows<Lanes, 4>(array, count);
+    return sort_in_rows<Lanes, 3, 4>(array, count);
+  if (count <= 6 * Lanes::N)
+    return sort_in_rows<Lanes, 4, 6>(array, count);
   if (Lanes::ROWS == 8 || count <= 8 * Lanes::N)
-    return sort_in_rows<Lanes, 8>(array, count);
-  return sort_in_rows<Lanes, Lanes::ROWS>(array, count);
+    return sort_in_rows<Lanes, 6, 8>(array, count);
+  if (count <= 12 * Lanes::N)
+    return sort_in_rows<Lanes, 8, 12>(array, count);
+  return sort_in_rows<Lanes, 12, 16>(array, count);
 }
 
 // Elements of which a vector would be filled in part, and which are worth a look whether they are in order.

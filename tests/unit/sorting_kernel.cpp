@@ -203,16 +203,22 @@ void expect_all_merged() {
 TEST(SortingNetworks, SortEveryColumnOfZerosAndOnes) {
   expect_columns_sorted<1>();
   expect_columns_sorted<2>();
+  expect_columns_sorted<3>();
   expect_columns_sorted<4>();
+  expect_columns_sorted<6>();
   expect_columns_sorted<8>();
+  expect_columns_sorted<12>();
   expect_columns_sorted<16>();
 }
 
 TEST(SortingNetworks, MergeAllSequencesOfZerosAndOnes) {
   expect_all_merged<1>();
   expect_all_merged<2>();
+  expect_all_merged<3>();
   expect_all_merged<4>();
+  expect_all_merged<6>();
   expect_all_merged<8>();
+  expect_all_merged<12>();
   expect_all_merged<16>();
 }
 
