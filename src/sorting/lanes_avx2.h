@@ -62,11 +62,12 @@ struct Vector256 {
   static SORTING_INLINE bool none(Mask lanes) {
     return _mm256_testz_si256((__m256i)lanes, (__m256i)lanes) != 0;
   }
-  static SORTING_INLINE void store_chosen(Cell<T> *to, Mask chosen, V lanes) {
-    _mm256_maskstore_epi32(words_at(to), (__m256i)chosen, (__m256i)lanes);
-  }
   static SORTING_INLINE V choose(V if_not, V if_so, V mask) {
     return (V)_mm256_blendv_epi8((__m256i)if_not, (__m256i)if_so, (__m256i)mask);
+  }
+  // Writes what is there where the others are: some processors take long over a store with a mask.
+  static SORTING_INLINE void store_chosen(Cell<T> *to, Mask chosen, V lanes) {
+    store(to, choose(load(to), lanes, chosen));
   }
 
   // Lane i becomes lane i xor MASK.
