@@ -33,6 +33,21 @@ SORTING_INLINE size_t first_gap(size_t count) {
   return gap;
 }
 
+// Replaces reals by their images. Does their order depend on how they are sorted? It does with NaNs, and with
+// zeros of both signs.
+template <typename T, typename Image>
+SORTING_INLINE bool replace_by_images_is_described(Cell<T> *array, size_t count, Image image_of_one) {
+  bool nan = false, negative_zero = false, positive_zero = false;
+  for (size_t place = 0; place < count; ++place) {
+    const T image = image_of_one(array[place].value);
+    array[place].value = image;
+    nan |= is_nan(image);
+    negative_zero |= image == Zeros<T>::NEGATIVE;
+    positive_zero |= image == Zeros<T>::POSITIVE;
+  }
+  return nan | (negative_zero & positive_zero);
+}
+
 // As `threshold` and `exceeds` have it, of the lanes of a mask.
 template <typename Lanes>
 SORTING_INLINE typename Lanes::V thresholds(typename Lanes::V keys, typename Lanes::Mask lanes) {

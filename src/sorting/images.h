@@ -98,16 +98,16 @@ SORTING_INLINE Wide quadruple_of_image(Wide image) {
 
 template <typename T>
 SORTING_INLINE bool is_nan(T image) {
-  return image > Infinity<T>::IMAGE || Infinity<T>::NEGATIVE_IMAGE > image;
+  const bool above = image > Infinity<T>::IMAGE, below = Infinity<T>::NEGATIVE_IMAGE > image;
+  return above | below;
 }
 
 // What an element must exceed to be greater than the key of this image. Nothing is greater than a NaN, and a
 // positive zero is not greater than a negative one.
 template <typename T>
 SORTING_INLINE T threshold(T key) {
-  if (is_nan(key))
-    return Limits<T>::LARGEST;
-  return key == Zeros<T>::NEGATIVE ? Zeros<T>::POSITIVE : key;
+  const T number = key == Zeros<T>::NEGATIVE ? Zeros<T>::POSITIVE : key;
+  return is_nan(key) ? Limits<T>::LARGEST : number;
 }
 
 // As reals compare; the threshold is that of the other one.

@@ -12,15 +12,7 @@ namespace {
 
 // Wide's two words are a REAL(16)'s, in the order of memory, before they are an image.
 void sort_quadruples(const Tier &tier, Cell<Wide> *array, size_t count) {
-  bool nan = false, negative_zero = false, positive_zero = false;
-  for (size_t place = 0; place < count; ++place) {
-    const Wide image = image_of_quadruple(array[place].value);
-    array[place].value = image;
-    nan |= is_nan(image);
-    negative_zero |= image == Zeros<Wide>::NEGATIVE;
-    positive_zero |= image == Zeros<Wide>::POSITIVE;
-  }
-  if (nan || (negative_zero && positive_zero))
+  if (replace_by_images_is_described(array, count, image_of_quadruple))
     described_sort<portable::Single<Wide>>(array, count);
   else
     tier.sort_16(array, count);
@@ -47,54 +39,87 @@ uint64_t string_of_image(uint64_t image) {
   return __builtin_bswap64(image ^ 0x8000'0000'0000'0000);
 }
 
-// Two elements, without the way to what sorts more of them: a call is most of the time that they take. The
-// exchange is no branch, which would be foreseen every other time.
+// Two or three elements, without the way to what sorts more of them: a call is most of the time that they
+// take. The exchange is no branch, which would be foreseen every other time. A third element goes down the
+// chain of the others; where it stops at once nothing is left to exchange.
 template <typename T, typename Greater>
-void sort_pair(void *array, Greater greater) {
-  Cell<T> *const pair = cells<T>(array);
-  const T first = pair[0].value, second = pair[1].value;
-  const T change = static_cast<T>((first ^ second) & -static_cast<T>(greater(first, second)));
-  pair[0].value = static_cast<T>(first ^ change);
-  pair[1].value = static_cast<T>(second ^ change);
+void order(T *one, T *other, Greater greater) {
+  const T change = static_cast<T>((*one ^ *other) & -static_cast<T>(greater(*one, *other)));
+  *one = static_cast<T>(*one ^ change);
+  *other = static_cast<T>(*other ^ change);
+}
+template <typename Greater>
+void order(Wide *one, Wide *other, Greater greater) {
+  if (!greater(*one, *other))
+    return;
+  const Wide former = *one;
+  *one = *other;
+  *other = former;
+}
+template <typename T, typename Greater>
+void sort_two_or_three(void *array, size_t count, Greater greater) {
+  Cell<T> *const elements = cells<T>(array);
+  T first = elements[0].value, second = elements[1].value;
+  order(&first, &second, greater);
+  if (count == 3) {
+    T third = elements[2].value;
+    order(&second, &third, greater);
+    order(&first, &second, greater);
+    elements[2].value = third;
+  }
+  elements[0].value = first;
+  elements[1].value = second;
 }
 template <typename T>
-void sort_pair_of_integers(void *array) {
-  sort_pair<T>(array, [](T a, T b) { return a > b; });
+void sort_two_or_three_integers(void *array, size_t count) {
+  sort_two_or_three<T>(array, count, [](T a, T b) { return a > b; });
 }
-// The greater image is no NaN, nor is the other one, nor are they the two zeros.
 template <typename T>
-void sort_pair_of_reals(void *array) {
-  sort_pair<T>(array, [](T a, T b) {
+void sort_two_or_three_reals(void *array, size_t count) {
+  // The greater image is no NaN, nor is the other one, nor are they the two zeros.
+  const auto greater = [](T a, T b) {
     const T one = image_of<T>(a), other = image_of<T>(b);
     return (one > other) & (one <= Infinity<T>::IMAGE) & (other >= Infinity<T>::NEGATIVE_IMAGE) &
            ((one != Zeros<T>::POSITIVE) | (other != Zeros<T>::NEGATIVE));
+  };
+  if (count == 2)
+    return sort_two_or_three<T>(array, 2, greater);
+  // Three images are sorted as integers, which is less work, where that is right.
+  Cell<T> images[3];
+  bool special = false;
+  for (size_t place = 0; place < 3; ++place) {
+    const T image = image_of<T>(cells<T>(array)[place].value);
+    images[place].value = image;
+    special |= is_nan(image) | (image == Zeros<T>::NEGATIVE);
+  }
+  if (special)
+    return sort_two_or_three<T>(array, 3, greater);
+  sort_two_or_three_integers<T>(images, 3);
+  for (size_t place = 0; place < 3; ++place)
+    cells<T>(array)[place].value = image_of<T>(images[place].value);
+}
+void sort_two_or_three_quadruples(void *array, size_t count) {
+  sort_two_or_three<Wide>(array, count, [](Wide a, Wide b) {
+    return exceeds(image_of_quadruple(a), threshold(image_of_quadruple(b)));
   });
 }
-void sort_pair_of_quadruples(void *array) {
-  Cell<Wide> *const pair = cells<Wide>(array);
-  const Wide first = pair[0].value, second = pair[1].value;
-  if (!exceeds(image_of_quadruple(first), threshold(image_of_quadruple(second))))
-    return;
-  pair[0].value = second;
-  pair[1].value = first;
-}
 
-void sort_pair(Element element, void *array) {
+void sort_two_or_three(Element element, void *array, size_t count) {
   switch (element) {
   case Element::Integer1:
-    return sort_pair_of_integers<int8_t>(array);
+    return sort_two_or_three_integers<int8_t>(array, count);
   case Element::Integer2:
-    return sort_pair_of_integers<int16_t>(array);
+    return sort_two_or_three_integers<int16_t>(array, count);
   case Element::Integer4:
-    return sort_pair_of_integers<int32_t>(array);
+    return sort_two_or_three_integers<int32_t>(array, count);
   case Element::Integer8:
-    return sort_pair_of_integers<int64_t>(array);
+    return sort_two_or_three_integers<int64_t>(array, count);
   case Element::Real4:
-    return sort_pair_of_reals<int32_t>(array);
+    return sort_two_or_three_reals<int32_t>(array, count);
   case Element::Real8:
-    return sort_pair_of_reals<int64_t>(array);
+    return sort_two_or_three_reals<int64_t>(array, count);
   case Element::Real16:
-    return sort_pair_of_quadruples(array);
+    return sort_two_or_three_quadruples(array, count);
   }
 }
 
@@ -130,8 +155,8 @@ size_t width_of(Element element) {
 }
 
 void sort_numbers(const Tier &tier, Element element, void *array, size_t count) {
-  if (count <= 2)
-    return count == 2 ? sort_pair(element, array) : void();
+  if (count <= 3)
+    return count >= 2 ? sort_two_or_three(element, array, count) : void();
   switch (element) {
   case Element::Integer1:
     return sort_1(tier, cells<uint8_t>(array), count);

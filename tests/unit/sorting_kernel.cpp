@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <xmmintrin.h>
 
+#include <array>
 #include <bit>
 #include <climits>
 #include <cmath>
@@ -357,6 +358,114 @@ TEST(Pairs, OfReals) {
       sort_numbers(PORTABLE_TIER, Element::Real16, wide, 2);
       EXPECT_EQ(memcmp(wide, expected_wide, sizeof(wide)), 0) << first << ' ' << second;
     }
+}
+
+// Three elements, which go down one chain.
+namespace {
+
+template <typename Real>
+void expect_triple_sorted(Element element, Real first, Real second, Real third) {
+  Real triple[] = {first, second, third};
+  sort_numbers(PORTABLE_TIER, element, triple, 3);
+  Real expected[] = {first, second, third};
+  for (const size_t place : {1, 2})
+    for (size_t hole = place; hole > 0 && expected[hole - 1] > expected[hole]; --hole)
+      std::swap(expected[hole - 1], expected[hole]);
+  for (const size_t place : {0, 1, 2}) {
+    const auto bits = [](Real value) { return std::bit_cast<std::array<char, sizeof(Real)>>(value); };
+    EXPECT_EQ(bits(triple[place]), bits(expected[place]))
+        << static_cast<double>(first) << ' ' << static_cast<double>(second) << ' '
+        << static_cast<double>(third);
+  }
+}
+
+}  // namespace
+
+TEST(Triples, OfReals) {
+  const double inf = std::numeric_limits<double>::infinity(), nan = std::numeric_limits<double>::quiet_NaN();
+  const double values[] = {-inf, -1, -0.0, 0.0, 1, inf, nan, -nan};
+  for (const double first : values)
+    for (const double second : values)
+      for (const double third : values) {
+        expect_triple_sorted<double>(Element::Real8, first, second, third);
+        expect_triple_sorted<float>(Element::Real4, static_cast<float>(first), static_cast<float>(second),
+                                    static_cast<float>(third));
+        expect_triple_sorted<__float128>(Element::Real16, first, second, third);
+      }
+}
+
+TEST(Triples, OfIntegers) {
+  for (int order = 0; order < 27; ++order) {
+    const int64_t values[] = {order % 3 - 1, order / 3 % 3 - 1, order / 9 - 1};
+    const auto expect_sorted = [&](Element element, auto zero) {
+      using Integer = decltype(zero);
+      std::array<Integer, 4> array = {static_cast<Integer>(values[0]), static_cast<Integer>(values[1]),
+                                      static_cast<Integer>(values[2]), 77};
+      std::array<Integer, 4> expected = array;
+      std::sort(expected.begin(), expected.begin() + 3);
+      sort_numbers(PORTABLE_TIER, element, array.data(), 3);
+      EXPECT_EQ(array, expected) << order;
+    };
+    expect_sorted(Element::Integer1, int8_t{});
+    expect_sorted(Element::Integer2, int16_t{});
+    expect_sorted(Element::Integer4, int32_t{});
+    expect_sorted(Element::Integer8, int64_t{});
+  }
+}
+
+// --- Reals of which each image is less than the one before it
+
+namespace {
+
+// `positive` values from the largest to 1, what is in the middle, and `negative` ones from -1 on.
+template <typename Real, typename Word>
+void expect_descending_sorted(const ElementKind &kind, void (*Tier::*sort)(Cell<Word> *, size_t),
+                              size_t positive, const std::vector<Real> &middle, size_t negative,
+                              bool nan_first = false, bool nan_last = false) {
+  std::vector<Real> unsorted;
+  const Real nan = std::numeric_limits<Real>::quiet_NaN();
+  if (nan_first)
+    unsorted.push_back(nan);
+  for (size_t i = positive; i > 0; --i)
+    unsorted.push_back(static_cast<Real>(i));
+  unsorted.insert(unsorted.end(), middle.begin(), middle.end());
+  for (size_t i = 1; i <= negative; ++i)
+    unsorted.push_back(-static_cast<Real>(i));
+  if (nan_last)
+    unsorted.push_back(-nan);
+  Bytes expected(unsorted.size() * sizeof(Real));
+  memcpy(expected.data(), unsorted.data(), expected.size());
+  shell_sort(&expected, kind);
+  for (const Tier *tier : TIERS)
+    if (runs_here(*tier)) {
+      std::vector<Real> array = unsorted;
+      (tier->*sort)(reinterpret_cast<Cell<Word> *>(array.data()), array.size());
+      EXPECT_EQ(memcmp(array.data(), expected.data(), expected.size()), 0)
+          << tier->name << ' ' << kind.name << ": " << positive << ", " << middle.size() << ", " << negative
+          << (nan_first ? ", NaN first" : "") << (nan_last ? ", NaN last" : "");
+    }
+}
+
+template <typename Real, typename Word>
+void expect_descending_sorted(const ElementKind &kind, void (*Tier::*sort)(Cell<Word> *, size_t)) {
+  const Real zero = 0;
+  for (const std::vector<Real> &middle : std::vector<std::vector<Real>>{
+           {}, {zero}, {-zero}, {zero, zero}, {-zero, -zero}, {zero, -zero}, {zero, zero, -zero, -zero}})
+    for (const size_t positive : {0, 1, 20, 333})
+      for (const size_t negative : {0, 1, 17, 400}) {
+        if (positive + middle.size() + negative < 2)
+          continue;
+        expect_descending_sorted<Real, Word>(kind, sort, positive, middle, negative);
+        expect_descending_sorted<Real, Word>(kind, sort, positive, middle, negative, true, false);
+        expect_descending_sorted<Real, Word>(kind, sort, positive, middle, negative, false, true);
+      }
+}
+
+}  // namespace
+
+TEST(DescendingReals, WithZerosAndNans) {
+  expect_descending_sorted<float>(number_kind<float>("Real4", 0x10000), &Tier::sort_reals_4);
+  expect_descending_sorted<double>(number_kind<double>("Real8", 0x20000), &Tier::sort_reals_8);
 }
 
 // --- Elements of one and two bytes
