@@ -53,8 +53,8 @@ SORTING_INLINE void for_all(const Cell<typename Bits::T> *array, size_t count, I
   include(Bits::load(array + count - Bits::N));
 }
 
-// Does the order depend on how the elements are sorted? It does with NaNs, whose magnitude is beyond that of
-// the infinities, and with zeros of both signs.
+// Does the order depend on how the elements are sorted? The magnitude of NaNs is beyond that of the
+// infinities.
 template <typename Bits>
 SORTING_INLINE bool order_is_described(const Cell<typename Bits::T> *array, size_t count) {
   using T = typename Bits::T;
@@ -97,6 +97,25 @@ SORTING_INLINE bool images_in_order(const Cell<typename Bits::T> *array, size_t 
     if (broken_at(place))
       return false;
   return !broken_at(count - 1 - Bits::N);
+}
+
+// As order_is_described, where the images descend: then NaNs are the first elements or the last ones, and
+// zeros are neighbours.
+template <typename Bits>
+SORTING_INLINE bool descending_order_is_described(const Cell<typename Bits::T> *array, size_t count) {
+  using T = typename Bits::T;
+  const auto image = [&](size_t place) SORTING_UNROLLED { return image_of<T>(array[place].value); };
+  size_t first_negative = 0;
+  for (size_t end = count; first_negative < end;) {
+    const size_t probe = first_negative + (end - first_negative) / 2;
+    if (image(probe) > Zeros<T>::NEGATIVE)
+      first_negative = probe + 1;
+    else
+      end = probe;
+  }
+  return is_nan(image(0)) || is_nan(image(count - 1)) ||
+         (first_negative > 0 && first_negative < count && image(first_negative - 1) == Zeros<T>::POSITIVE &&
+          image(first_negative) == Zeros<T>::NEGATIVE);
 }
 
 // Replaces each vector by what `change` makes of it. The last one overlaps the one before it, and is read
@@ -151,25 +170,28 @@ void sort_handful_of_reals(Cell<typename Lanes::T> *array, size_t count) {
 template <typename Lanes>
 void sort_reals(Cell<typename Lanes::Bits::T> *array, size_t count) {
   using Bits = typename Lanes::Bits;
+  using T = typename Bits::T;
   if (count <= HANDFUL)
     return sort_handful_of_reals<Bits>(array, count);
   if (images_in_order<Bits, false>(array, count))
     return;
-  const bool described = order_is_described<Bits>(array, count);
-  if (!described && images_in_order<Bits, true>(array, count))
+  if (images_in_order<Bits, true>(array, count) && !descending_order_is_described<Bits>(array, count))
     return reverse<Bits>(array, count);
-  if constexpr (!std::is_same_v<Lanes, Bits>) {
-    if (!described) {
-      const PlainArithmetic modes;
-      return sort_many<Lanes>(reinterpret_cast<Cell<typename Lanes::T> *>(array), count);
-    }
-  }
-  replace_by_images<Bits>(array, count);
-  if (described)
+  if constexpr (std::is_same_v<Lanes, Bits>) {
+    const auto image = [](T bits) SORTING_UNROLLED { return image_of<T>(bits); };
+    if (replace_by_images_is_described(array, count, image))
+      described_sort<Bits>(array, count);
+    else
+      sort_many<Bits>(array, count);
+    replace_by_images<Bits>(array, count);
+  } else if (order_is_described<Bits>(array, count)) {
+    replace_by_images<Bits>(array, count);
     described_sort<Bits>(array, count);
-  else if constexpr (std::is_same_v<Lanes, Bits>)
-    sort_many<Bits>(array, count);
-  replace_by_images<Bits>(array, count);
+    replace_by_images<Bits>(array, count);
+  } else {
+    const PlainArithmetic modes;
+    sort_many<Lanes>(reinterpret_cast<Cell<typename Lanes::T> *>(array), count);
+  }
 }
 
 }  // namespace qxport::sorting
