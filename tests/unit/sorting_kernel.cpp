@@ -274,6 +274,18 @@ TYPED_TEST(AgainstQuicksort, HalvingByValueEnds) {
   }
 }
 
+// The range of the values is that of all elements, wherever the one is that differs.
+TYPED_TEST(AgainstQuicksort, HalvingSeesEveryElement) {
+  constexpr size_t LANES = TypeParam::VALUE, SHORTEST = FEW<Bits<LANES>> + 1;
+  for (size_t count = SHORTEST; count < SHORTEST + LANES; ++count)
+    for (size_t from_end = 1; from_end <= 2 * LANES; ++from_end)
+      for (const int32_t other : {4, 6}) {
+        std::vector<int32_t> values(count, 5);
+        values[count - from_end] = other;
+        parted_of<LANES>(values, 0);
+      }
+}
+
 // Reals are halved by the values of their images.
 TEST(HalvingByValue, OfReals) {
   std::mt19937_64 random(8);
