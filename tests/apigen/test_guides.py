@@ -56,9 +56,20 @@ class Guides(CatalogueCase):
                      ".EX\n\\&.not a request  \\-1\n", "T{\n\\fBa\\fP\nT}\tT{\nb & c\nT}"):
             self.assertIn(text, page)
         self.assertIn(".BR sample\\-guide (1)", self.read("man/man7/qxport.7"))
+        self.assertNoWarnings()
+
+    def test_long_table(self):
+        """One that is longer than a page."""
+        rows = "".join(f"| row {number} | more |\n" for number in range(90))
+        (self.root / "docs/sample.md").write_text(GUIDE + rows, encoding="utf-8")
+        self.generate("--guides", self.root / "docs")
+        self.assertIn("\nallbox nokeep tab(", self.read("man/man1/sample-guide.1"))
+        self.assertNoWarnings()
+
+    def assertNoWarnings(self):
         if shutil.which("groff"):
-            done = subprocess.run(["groff", "-man", "-t", "-ww", "-z", self.out / "man/man1/sample-guide.1"], capture_output=True,
-                                  text=True, check=False)
+            page = self.out / "man/man1/sample-guide.1"
+            done = subprocess.run(["groff", "-man", "-t", "-ww", "-z", page], capture_output=True, text=True, check=False)
             self.assertEqual(done.stderr, "")
 
     def test_without_guides(self):

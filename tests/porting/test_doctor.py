@@ -190,7 +190,7 @@ class Told(Doctor):
             self.write(name, text)
             report = self.looked("--", name, status=0)
             done = self.ran(["bash", "-c", report["programs"][0]["commands"][0]])
-            self.assertEqual((done.returncode, done.stderr), (0, ""), name)
+            self.assertEqual(done.returncode, 0, f"{name}: {done.stderr}")
         done = subprocess.run([sys.executable, self.prefix / "bin/qxport", "doctor", "--quiet", *COMPILER, "--", "."], cwd=self.work,
                               env=os.environ | {"PYTHONIOENCODING": "utf-8:strict"}, capture_output=True, check=False)
         self.assertEqual((done.returncode, done.stderr), (0, b""))

@@ -27,8 +27,7 @@ DIFFERENCES = {
     "getarg": ("the compiler's has no third argument STATUS", False),
     "getlog": ("the compiler's answers who owns the process, the library's who logged in: nobody in a container or a batch "
                "job", False),
-    "hostnm": ("for a variable that is too short the compiler's answers `ENAMETOOLONG` and stores nothing; the library's "
-               "stores the beginning and answers -1", True),
+    "hostnm": ("for a variable that is too short the compiler's answers `ENAMETOOLONG`, the library's -1", True),
     "idate": ("the compiler's stores the year in full, the library's its last two digits", True),
     "ierrno": ("the compiler's is C's `errno`, not the error number that the library recorded last", True),
     "irand": ("the compiler's draws other numbers, from a generator of its own", False),
