@@ -175,7 +175,8 @@ void sort_reals(Cell<typename Lanes::Bits::T> *array, size_t count) {
     return sort_handful_of_reals<Bits>(array, count);
   if (images_in_order<Bits, false>(array, count))
     return;
-  if (images_in_order<Bits, true>(array, count) && !descending_order_is_described<Bits>(array, count))
+  if (count > FEW<Lanes> && images_in_order<Bits, true>(array, count) &&
+      !descending_order_is_described<Bits>(array, count))
     return reverse<Bits>(array, count);
   if constexpr (std::is_same_v<Lanes, Bits>) {
     const auto image = [](T bits) SORTING_UNROLLED { return image_of<T>(bits); };
