@@ -68,7 +68,7 @@ class Installed(unittest.TestCase):
     def ran(self, words, env=None):
         environment = os.environ | {"LC_ALL": "C.UTF-8"} | (env or {})
         return subprocess.run([str(word) for word in words], cwd=self.work, env=environment, stdin=subprocess.DEVNULL,
-                              capture_output=True, text=True, errors="replace", timeout=120, check=False)
+                              capture_output=True, text=True, errors="replace", timeout=600, check=False)
 
     def compiled(self, *arguments):
         """What the compiler says of a source; empty where it is content."""

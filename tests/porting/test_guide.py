@@ -81,7 +81,7 @@ class Guide(Installed):
     def said(self, command, environment):
         """What it prints on standard output; on the other the doctor tells a slow machine's user how far it is."""
         done = subprocess.run(["bash", "-c", command], cwd=self.work, env=environment, stdin=subprocess.DEVNULL,
-                              timeout=120, capture_output=True, text=True, errors="replace", check=False)
+                              timeout=600, capture_output=True, text=True, errors="replace", check=False)
         return done.stdout
 
     @unittest.skipUnless(TARGET == "64", "the page tells of 64-bit programs")
