@@ -88,6 +88,14 @@ TEST(Calendar, EverySecondAroundAChange) {
   }
 }
 
+// Summer time became standard time there, by the same offset.
+TEST(Calendar, DaylightSavingThatEndsWithoutAChangeOfTheOffset) {
+  const TimeZone zone("Europe/London");
+  constexpr time_t OCTOBER_1968 = -37242000;
+  for (time_t instant = OCTOBER_1968 - 20000; instant < OCTOBER_1968 + 20000; instant += 10)
+    expect_as_host(instant);
+}
+
 // Centuries without a leap day, and the end of the calendar's cycle of 400 years.
 TEST(Calendar, EveryDayOfTwoCycles) {
   const TimeZone zone("UTC0");
@@ -256,6 +264,19 @@ TEST(Calendar, FollowsTheEnvironmentHoweverItIsChanged) {
 }
 
 // A program may tell the host of another zone, and take it back without a word.
+// Programs end the list at its first entry; what stood behind it is no environment any more.
+TEST(Calendar, EnvironmentThatIsEndedAtItsBeginning) {
+  char other[] = "A=1", zone[] = "TZ=<+0545>-5:45";
+  char *entries[] = {other, zone, nullptr};
+  char **const former = environ;
+  environ = entries;
+  expect_as_host(YEAR_2023);
+  entries[0] = nullptr;
+  expect_as_host(YEAR_2023);
+  environ = former;
+  expect_as_host(YEAR_2023);
+}
+
 TEST(Calendar, HostThatKnowsAnotherZone) {
   for (const char *name : {"Europe/Paris", "AAA0BBB,J100/2,J100/4"}) {
     const TimeZone zone(name);

@@ -243,6 +243,17 @@ TEST(StartInstant, IsCountedFromTheEpoch) {
   });
 }
 
+TEST(StartInstant, LeavesNothingOpen) {
+  in_child([] {
+    const int before = dup(0);
+    close(before);
+    for__process_start_time();
+    const int behind = dup(0);
+    close(behind);
+    EXPECT_EQ(behind, before);
+  });
+}
+
 // All threads count from one instant, also when they are the first to ask.
 TEST(StartInstant, IsTheSameForThreads) {
   in_child([] {
