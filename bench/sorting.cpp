@@ -244,7 +244,7 @@ void compare_orders(const char *type, Element element) {
     sort_numbers(tier, element, array, count);
   };
   for (const Order order : {Order::Ascending, Order::Descending, Order::FewValues, Order::OrganPipe})
-    for (const size_t count : {size_t{16}, size_t{100}})
+    for (const size_t count : {size_t{10}, size_t{16}, size_t{100}})
       compare<T>(type, order, count, everywhere(0.95), sort);
   compare<T>(type, Order::Ascending, TOTAL, everywhere(10), sort);
   compare<T>(type, Order::Descending, TOTAL, everywhere(10), sort);

@@ -9,9 +9,16 @@
 
 namespace qxport::sorting {
 
-// Does some element come before one that is greater (or less, for DESCENDING)? Ends at the first.
+// Does no element come before one that is less (or greater, for DESCENDING)? Ends at the first that does.
 template <typename Lanes, bool DESCENDING>
 SORTING_INLINE bool in_order(const Cell<typename Lanes::T> *array, size_t count) {
+  if (count <= Lanes::N) {
+    for (size_t place = 1; place < count; ++place)
+      if (DESCENDING ? array[place].value > array[place - 1].value
+                     : array[place - 1].value > array[place].value)
+        return false;
+    return true;
+  }
   const auto broken_at = [&](size_t place) SORTING_UNROLLED {
     const typename Lanes::V here = Lanes::load(array + place), next = Lanes::load(array + place + 1);
     return DESCENDING ? Lanes::any_greater(next, here) : Lanes::any_greater(here, next);
@@ -93,7 +100,7 @@ template <typename Lanes>
 void sort(Cell<typename Lanes::T> *array, size_t count) {
   if (count <= HANDFUL)
     return sort_handful<Lanes>(array, count);
-  if (count > Lanes::N && in_order<Lanes, false>(array, count))
+  if (in_order<Lanes, false>(array, count))
     return;
   sort_many<Lanes>(array, count);
 }

@@ -44,9 +44,10 @@ private:
 template <typename Bits, typename Include>
 SORTING_INLINE void for_all(const Cell<typename Bits::T> *array, size_t count, Include include) {
   if (count < Bits::N) {
-    for (size_t place = 0; place < count; ++place)
-      include(Bits::all(array[place].value));
-    return;
+    Cell<typename Bits::T> filled[Bits::N];
+    for (size_t place = 0; place < Bits::N; ++place)
+      filled[place] = array[place < count ? place : 0];
+    return include(Bits::load(filled));
   }
   for (size_t place = 0; place + Bits::N <= count; place += Bits::N)
     include(Bits::load(array + place));
@@ -78,20 +79,20 @@ SORTING_INLINE bool order_is_described(const Cell<typename Bits::T> *array, size
 template <typename Bits, bool DESCENDING>
 SORTING_INLINE bool images_in_order(const Cell<typename Bits::T> *array, size_t count) {
   using T = typename Bits::T;
-  const auto broken_between = [](auto here, auto next, auto greater) SORTING_UNROLLED {
-    return DESCENDING ? greater(image_of<T>(next), image_of<T>(here))
-                      : greater(image_of<T>(here), image_of<T>(next));
-  };
-  if (count <= Bits::N) {
-    for (size_t place = 1; place < count; ++place)
-      if (broken_between(array[place - 1].value, array[place].value,
-                         [](T a, T b) SORTING_UNROLLED { return a > b; }))
+  if (Bits::N == 1 || count <= Bits::N) {
+    T before = image_of<T>(array[0].value);
+    for (size_t place = 1; place < count; ++place) {
+      const T image = image_of<T>(array[place].value);
+      if (DESCENDING ? image > before : before > image)
         return false;
+      before = image;
+    }
     return true;
   }
   const auto broken_at = [&](size_t place) SORTING_UNROLLED {
-    return broken_between(Bits::load(array + place), Bits::load(array + place + 1),
-                          [](auto a, auto b) SORTING_UNROLLED { return Bits::any_greater(a, b); });
+    const auto here = image_of<T>(Bits::load(array + place)),
+               next = image_of<T>(Bits::load(array + place + 1));
+    return DESCENDING ? Bits::any_greater(next, here) : Bits::any_greater(here, next);
   };
   for (size_t place = 0; place + Bits::N < count; place += Bits::N)
     if (broken_at(place))
@@ -146,6 +147,8 @@ SORTING_INLINE void replace_by_images(Cell<typename Bits::T> *array, size_t coun
 template <typename Lanes>
 void sort_handful_of_reals(Cell<typename Lanes::T> *array, size_t count) {
   using T = typename Lanes::T;
+  if (images_in_order<portable::Single<T, Lanes>, false>(array, count))
+    return;
   Cell<T> images[HANDFUL];
   bool moves = false, special = false;
   for (size_t place = 0; place < count; ++place) {

@@ -85,18 +85,19 @@ void sort_two_or_three_reals(void *array, size_t count) {
   if (count == 2)
     return sort_two_or_three<T>(array, 2, greater);
   // Three images are sorted as integers, which is less work, where that is right.
-  Cell<T> images[3];
-  bool special = false;
-  for (size_t place = 0; place < 3; ++place) {
-    const T image = image_of<T>(cells<T>(array)[place].value);
-    images[place].value = image;
-    special |= is_nan(image) | (image == Zeros<T>::NEGATIVE);
-  }
-  if (special)
+  Cell<T> *const elements = cells<T>(array);
+  T first = image_of<T>(elements[0].value), second = image_of<T>(elements[1].value),
+    third = image_of<T>(elements[2].value);
+  const auto is_special = [](T image) { return is_nan(image) | (image == Zeros<T>::NEGATIVE); };
+  if (is_special(first) | is_special(second) | is_special(third))
     return sort_two_or_three<T>(array, 3, greater);
-  sort_two_or_three_integers<T>(images, 3);
-  for (size_t place = 0; place < 3; ++place)
-    cells<T>(array)[place].value = image_of<T>(images[place].value);
+  const auto exceeds_image = [](T a, T b) { return a > b; };
+  order(&first, &second, exceeds_image);
+  order(&second, &third, exceeds_image);
+  order(&first, &second, exceeds_image);
+  elements[0].value = image_of<T>(first);
+  elements[1].value = image_of<T>(second);
+  elements[2].value = image_of<T>(third);
 }
 void sort_two_or_three_quadruples(void *array, size_t count) {
   sort_two_or_three<Wide>(array, count, [](Wide a, Wide b) {
