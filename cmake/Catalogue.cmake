@@ -16,13 +16,20 @@ set(QXPORT_MODULE_SOURCE ${QXPORT_GENERATED}/fortran/qxport.f90)
 set(QXPORT_VERSION_SCRIPT ${QXPORT_GENERATED}/symbols/libqxportmt.map)
 set(QXCORE_VERSION_SCRIPT ${QXPORT_GENERATED}/symbols/libqxcoremt.map)
 set(QXPORT_MODULE_DIR ${PROJECT_BINARY_DIR}/modules)
+# Of programs whose default integers take 8 bytes.
+set(QXPORT_I8_MODULE_SOURCE ${QXPORT_GENERATED}/fortran/i8/qxport.f90)
+set(QXPORT_I8_VERSION_SCRIPT ${QXPORT_GENERATED}/symbols/libqxportmt_i8.map)
+set(QXPORT_I8_VARIANTS ${QXPORT_GENERATED}/private/qxport_i8_traditional.inc
+    ${QXPORT_GENERATED}/private/qxport_i8_desktop.inc ${QXPORT_GENERATED}/private/qxport_i8_posix.inc)
+set(QXPORT_I8_MODULE_DIR ${PROJECT_BINARY_DIR}/modules_i8)
 # CMake looks for them before they are made, where another project has these sources below it.
-file(MAKE_DIRECTORY ${QXPORT_GENERATED}/include ${QXPORT_MODULE_DIR})
+file(MAKE_DIRECTORY ${QXPORT_GENERATED}/include ${QXPORT_MODULE_DIR} ${QXPORT_I8_MODULE_DIR})
 
 # A stamp, not the files, is the output: unchanged files keep their times, and nothing is rebuilt for a changed text.
 add_custom_command(
   OUTPUT ${QXPORT_GENERATED}/stamp
-  BYPRODUCTS ${QXPORT_HEADER} ${QXPORT_MODULE_SOURCE} ${QXPORT_VERSION_SCRIPT} ${QXCORE_VERSION_SCRIPT}
+  BYPRODUCTS ${QXPORT_HEADER} ${QXPORT_MODULE_SOURCE} ${QXPORT_I8_MODULE_SOURCE} ${QXPORT_VERSION_SCRIPT}
+             ${QXPORT_I8_VERSION_SCRIPT} ${QXCORE_VERSION_SCRIPT} ${QXPORT_I8_VARIANTS}
   # The reference of a routine that is no more must not be installed.
   COMMAND ${CMAKE_COMMAND} -E rm -rf ${QXPORT_GENERATED}/man ${QXPORT_GENERATED}/html
   COMMAND ${generate_command}
@@ -34,15 +41,17 @@ add_custom_target(qxport_catalogue DEPENDS ${QXPORT_GENERATED}/stamp)
 
 # The numbers are those of the host's headers, as this target's compiler sees them: a program prints their module.
 set(QXPORT_NUMBERS_SOURCE ${QXPORT_GENERATED}/fortran/qxport_numbers.f90)
+set(QXPORT_I8_NUMBERS_SOURCE ${QXPORT_GENERATED}/fortran/i8/qxport_numbers.f90)
 add_executable(qxport_print_numbers ${PROJECT_SOURCE_DIR}/fortran/numbers.c)
 target_compile_definitions(qxport_print_numbers PRIVATE _GNU_SOURCE)
 target_include_directories(qxport_print_numbers PRIVATE ${QXPORT_GENERATED}/private)
 add_dependencies(qxport_print_numbers qxport_catalogue)
 add_custom_command(
-  OUTPUT ${QXPORT_NUMBERS_SOURCE}
-  COMMAND qxport_print_numbers ${QXPORT_NUMBERS_SOURCE}
+  OUTPUT ${QXPORT_NUMBERS_SOURCE} ${QXPORT_I8_NUMBERS_SOURCE}
+  COMMAND qxport_print_numbers ${QXPORT_NUMBERS_SOURCE} 4
+  COMMAND qxport_print_numbers ${QXPORT_I8_NUMBERS_SOURCE} 8
   DEPENDS qxport_print_numbers
-  COMMENT "Printing the module of the host's numbers"
+  COMMENT "Printing the modules of the host's numbers"
   VERBATIM)
 
 # The modules hold interfaces and parameters only, so they are checked for syntax and leave .mod files, no object code.
@@ -50,14 +59,17 @@ set(module_flags -std=f2018 -Wall -Werror -fsyntax-only)
 if(QXPORT_M32)
   list(APPEND module_flags -m32)
 endif()
-add_custom_command(
-  OUTPUT ${QXPORT_MODULE_DIR}/stamp
-  BYPRODUCTS ${QXPORT_MODULE_DIR}/qxport.mod ${QXPORT_MODULE_DIR}/qxport_numbers.mod
-  COMMAND ${CMAKE_COMMAND} -E make_directory ${QXPORT_MODULE_DIR}
-  COMMAND ${CMAKE_Fortran_COMPILER} ${module_flags} -J ${QXPORT_MODULE_DIR} ${QXPORT_MODULE_SOURCE}
-          ${QXPORT_NUMBERS_SOURCE}
-  COMMAND ${CMAKE_COMMAND} -E touch ${QXPORT_MODULE_DIR}/stamp
-  DEPENDS ${QXPORT_MODULE_SOURCE} ${QXPORT_NUMBERS_SOURCE} qxport_catalogue
-  COMMENT "Compiling the Fortran modules"
-  VERBATIM)
-add_custom_target(qxport_modules ALL DEPENDS ${QXPORT_MODULE_DIR}/stamp)
+function(add_modules target directory)
+  add_custom_command(
+    OUTPUT ${directory}/stamp
+    BYPRODUCTS ${directory}/qxport.mod ${directory}/qxport_numbers.mod
+    COMMAND ${CMAKE_COMMAND} -E make_directory ${directory}
+    COMMAND ${CMAKE_Fortran_COMPILER} ${module_flags} -J ${directory} ${ARGN}
+    COMMAND ${CMAKE_COMMAND} -E touch ${directory}/stamp
+    DEPENDS ${ARGN} qxport_catalogue
+    COMMENT "Compiling the Fortran modules (${target})"
+    VERBATIM)
+  add_custom_target(${target} ALL DEPENDS ${directory}/stamp)
+endfunction()
+add_modules(qxport_modules ${QXPORT_MODULE_DIR} ${QXPORT_MODULE_SOURCE} ${QXPORT_NUMBERS_SOURCE})
+add_modules(qxport_i8_modules ${QXPORT_I8_MODULE_DIR} ${QXPORT_I8_MODULE_SOURCE} ${QXPORT_I8_NUMBERS_SOURCE})

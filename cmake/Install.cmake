@@ -2,7 +2,7 @@
 # runtime (what programs need to run), development (what they are built with), documentation.
 include(CMakePackageConfigHelpers)
 
-install(TARGETS qxport_shared qxport_static
+install(TARGETS qxport_shared qxport_static qxport_i8_shared qxport_i8_static
                 qxcore_gnu_shared qxcore_gnu_static qxcore_posix_shared qxcore_posix_static
         EXPORT qxportTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
@@ -10,8 +10,12 @@ install(TARGETS qxport_shared qxport_static
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} ${CMAKE_INSTALL_INCLUDEDIR}/qxport)
 install(FILES ${QXPORT_HEADER} ${QXPORT_MODULE_SOURCE} ${QXPORT_NUMBERS_SOURCE}
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qxport COMPONENT development)
+install(FILES ${QXPORT_I8_MODULE_SOURCE} ${QXPORT_I8_NUMBERS_SOURCE}
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qxport/i8 COMPONENT development)
 # Modules are the compiler's own format: those of another one come from the source installed beside them.
 install(DIRECTORY ${QXPORT_MODULE_DIR}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qxport COMPONENT development
+        FILES_MATCHING PATTERN "*.mod")
+install(DIRECTORY ${QXPORT_I8_MODULE_DIR}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qxport/i8 COMPONENT development
         FILES_MATCHING PATTERN "*.mod")
 install(DIRECTORY ${QXPORT_GENERATED}/man/ DESTINATION ${CMAKE_INSTALL_MANDIR} COMPONENT documentation)
 install(DIRECTORY ${QXPORT_GENERATED}/html/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/html COMPONENT documentation)
@@ -39,7 +43,8 @@ install(FILES ${QXPORT_GENERATED}/share/catalogue.json ${PROJECT_SOURCE_DIR}/por
         ${PROJECT_SOURCE_DIR}/porting/doctor.schema.json
         ${PROJECT_SOURCE_DIR}/porting/README.md DESTINATION ${CMAKE_INSTALL_DATADIR}/qxport COMPONENT development)
 
-# One file a provider: qxport.pc names the run-time of the compiler that the library was built with. The prefix is told
+# One file a provider: qxport.pc names the run-time of the compiler that the library was built with, and so does
+# qxport-i8.pc, which is for programs whose default integers take 8 bytes. The prefix is told
 # from where the file lies, so that the tree can be moved, unless a directory was given as an absolute one.
 cmake_path(ABSOLUTE_PATH CMAKE_INSTALL_LIBDIR BASE_DIRECTORY /prefix OUTPUT_VARIABLE library_directory)
 if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
@@ -56,10 +61,18 @@ if(IS_ABSOLUTE "${CMAKE_INSTALL_INCLUDEDIR}")
   set(PC_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR})
 endif()
 list(JOIN QXPORT_STATIC_THREADS ",-u,pthread_" PC_STATIC_THREADS)
-foreach(package_and_provider qxport:gnu qxport-posix:posix)
-  string(REPLACE ":" ";" names ${package_and_provider})
-  list(GET names 0 PC_NAME)
-  list(GET names 1 PC_PROVIDER)
+foreach(package qxport:gnu: qxport-posix:posix: qxport-i8:gnu:i8)
+  string(REGEX MATCH "^(.*):(.*):(.*)$" parts ${package})
+  set(PC_NAME ${CMAKE_MATCH_1})
+  set(PC_PROVIDER ${CMAKE_MATCH_2})
+  set(PC_MODULES "")
+  set(PC_LIBRARY "")
+  set(PC_OF "${PC_PROVIDER} run-time")
+  if(CMAKE_MATCH_3)
+    set(PC_MODULES /${CMAKE_MATCH_3})
+    set(PC_LIBRARY " -lqxportmt_${CMAKE_MATCH_3}")
+    string(APPEND PC_OF ", default integers of 8 bytes")
+  endif()
   configure_file(${PROJECT_SOURCE_DIR}/cmake/qxport.pc.in ${PROJECT_BINARY_DIR}/${PC_NAME}.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/${PC_NAME}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 endforeach()

@@ -3,6 +3,7 @@
 #
 # qxport::qxport         the shared library, with the companion of the project's Fortran run-time
 # qxport::qxport_static  the same with the static libraries
+# qxport::qxport_i8, qxport::qxport_i8_static  the same for Fortran whose default integers take 8 bytes
 # qxport::core_gnu, qxport::core_posix (and ..._static)  the companions by themselves
 #
 # Where the project has a Fortran compiler the companion is core_gnu, whichever language its programs are linked by; where
@@ -31,6 +32,10 @@ foreach(qxport_linkage shared static)
     # It stands before its companion, wherever else a project names that one.
     target_link_libraries(qxport::${qxport_linkage}_library INTERFACE ${qxport_core})
   endif()
+  # Its modules are found before those of the same names that come with the library below.
+  add_library(qxport::qxport_i8${qxport_suffix} INTERFACE IMPORTED ${QXPORT_TARGET_SCOPE})
+  target_link_libraries(qxport::qxport_i8${qxport_suffix} INTERFACE qxport::i8_${qxport_linkage}_library
+    qxport::qxport${qxport_suffix})
 endforeach()
 # A program that another compiler links has the run-time of the static companion only when it is told.
 target_link_libraries(qxport::core_gnu_static INTERFACE $<$<NOT:$<LINK_LANGUAGE:Fortran>>:gfortran>

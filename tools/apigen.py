@@ -4,7 +4,7 @@
     apigen.py --api DIR --out DIR --target 64 [--only header,module,...] --version-text V --date D
     apigen.py --api DIR --check
     apigen.py --api DIR --list-outputs [--out DIR] [--only ...]
-    apigen.py --api DIR --list-symbols qxport|qxcore --target 64
+    apigen.py --api DIR --list-symbols qxport|qxcore|qxport_i8 --target 64
     apigen.py --api DIR --examples DIR [--target 64]
 """
 
@@ -20,6 +20,7 @@ from qxapi import (  # noqa: E402
     fortran_module,
     header,
     html,
+    i8_thunks,
     manpages,
     private,
     symbols,
@@ -31,6 +32,7 @@ WRITERS = {
     "header": header,
     "private": private,
     "calls": calls,
+    "i8": i8_thunks,
     "module": fortran_module,
     "json": catalogue_json,
     "symbols": symbols,
@@ -49,7 +51,7 @@ def main(arguments=None):
     if options.check:
         return 0
     if options.list_symbols:
-        print_lines(catalogue.symbols(options.list_symbols, options.target))
+        print_lines(symbols.exported(catalogue, options.list_symbols, options.target))
         return 0
     if options.examples:
         write_all(options.examples, examples(catalogue, options.target))

@@ -37,7 +37,8 @@ def run(options, installed):
     without = [name for text in options.without for name in text.split(",") if name]
     contents = choose(catalogue, options.modules, areas, renamings(options.names), without)
     compiler = Compiler(options.compiler)
-    made = make(options.modules, contents, catalogue.version, compiler, Path(installed.include), options.output)
+    made = make(options.modules, contents, catalogue.version, compiler,
+                Path(installed.modules_for(compiler.words)), options.output)
     if not options.quiet:
         tell(options, contents, compiler, made)
     return 0

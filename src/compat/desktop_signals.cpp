@@ -35,8 +35,9 @@ constexpr size_t IN_USE = std::size(sigQQForHandlers);
 constexpr size_t NONE = std::size(sigXlatTable);
 constexpr size_t DESKTOP = 0, HOST = 1;
 
-using Handler = int32_t (*)(int32_t);
-using ExceptionHandler = int32_t (*)(int32_t, int32_t);
+// Of the size of a register, so that a handler may have declared INTEGER(8) what it gets.
+using Handler = int32_t (*)(intptr_t);
+using ExceptionHandler = int32_t (*)(intptr_t, intptr_t);
 
 // A cell is read while a signal is handled.
 void *procedure_of(size_t entry) {

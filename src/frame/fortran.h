@@ -40,6 +40,17 @@ inline size_t trimmed_length(const char *text, charlen length) {
   return count;
 }
 
+// A number that a procedure of the program's takes by reference, which may have been declared INTEGER(4) or
+// INTEGER(8): the low half stands first.
+class AnyKind {
+public:
+  explicit AnyKind(int32_t number) : number_(number) {}
+  operator int32_t *() { return reinterpret_cast<int32_t *>(&number_); }
+
+private:
+  int64_t number_;
+};
+
 // Texts as keywords: their ASCII letters without regard to case, whatever the program's locale is.
 inline bool same_keyword(const char *text, size_t length, const char *keyword) {
   const auto folded = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };

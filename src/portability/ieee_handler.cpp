@@ -19,7 +19,7 @@ const int32_t valFPE_INEXACT = 134;
 namespace {
 
 using Procedure = void (*)();
-using Handler = void (*)(int32_t *number, const int32_t *code);
+using Handler = void (*)(int32_t *number, int32_t *code);
 
 constexpr int32_t NOT_DONE = 1;
 constexpr int32_t HANDLED_STATUS = 9;
@@ -135,11 +135,11 @@ void general_handler(int number, siginfo_t *information, void *context) {
   const Dispatch *dispatch = dispatch_of(information->si_code);
   if (dispatch == nullptr)
     end(UNKNOWN_STATUS);
-  int32_t shown_number = number;
+  AnyKind shown_number(number), shown_code(*dispatch->exception);
   // Read once: another thread may clear it.
   const auto procedure = reinterpret_cast<Handler>(*dispatch->handler);
   if (procedure != nullptr)
-    procedure(&shown_number, dispatch->exception);
+    procedure(shown_number, shown_code);
   if (information->si_code == 0) {
     // A procedure that has found the information and erased the cause asks for it to be cleared.
     const unsigned due = trap.due() & ~unit_exceptions(FP_DENORMAL);

@@ -37,8 +37,8 @@ void portlib_handler(int signal) {
     return;
   // What the procedure does must not change what the interrupted code reads in errno.
   const int before = errno;
-  int32_t number = signal;
-  procedure(&number);
+  AnyKind number(signal);
+  procedure(number);
   errno = before;
 }
 

@@ -110,8 +110,8 @@ void posixlib_signal_handler(int signal) {
     return;
   // What the handler does must not change what the interrupted code reads in errno.
   const int before = errno;
-  int32_t number = signal;
-  procedure(&number);
+  AnyKind number(signal);
+  procedure(number);
   errno = before;
 }
 

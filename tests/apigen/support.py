@@ -91,6 +91,7 @@ kind = "function"
 result = "character(8)"
 result_text = "eight letters"
 summary = "take all that there is"
+refused = "blank"
 text = """
 See `plain`, \\n and `-1`.
 
@@ -339,6 +340,7 @@ kind = "function"
 result = "integer(4)"
 result_text = "0"
 summary = "receive a number"
+refused = -7
 text = "Receives."
 origin = "this library"
 binding = "plain"

@@ -111,13 +111,16 @@ class Private(CatalogueCase):
             with self.subTest(width=width):
                 self.run_clean("gcc", f"-m{width}", "-Wall", "-Wextra", "-Werror", "-D_GNU_SOURCE",
                                f"-I{self.out}/private", NUMBERS, "-o", self.root / "numbers")
-                self.run_clean(self.root / "numbers", self.root / "numbers.f90")
-                (self.root / "user.f90").write_text("use qxport_numbers\nif (LEAST_OF_ALL /= -huge(0) - 1) stop 1\n"
-                                                    "if (SA_SIGINFO /= 4 .or. NSIG /= 7) stop 2\nend\n")
-                self.run_clean("gfortran", f"-m{width}", "-std=f2018", "-Wall", "-Werror", "numbers.f90", "user.f90", "-o",
-                               "user", cwd=self.root)
-                self.run_clean("./user", cwd=self.root)
-        self.assertNotEqual(subprocess.run([self.root / "numbers"], check=False).returncode, 0)
+                for kind in ("4", "8"):
+                    self.run_clean(self.root / "numbers", self.root / "numbers.f90", kind)
+                    (self.root / "user.f90").write_text(
+                        "use qxport_numbers\nif (LEAST_OF_ALL /= -huge(0_4) - 1) stop 1\n"
+                        f"if (SA_SIGINFO /= 4 .or. NSIG /= 7 .or. kind(NSIG) /= {kind} .or. kind(LEAST_OF_ALL) /= {kind}) stop 2\nend\n")
+                    self.run_clean("gfortran", f"-m{width}", "-std=f2018", "-Wall", "-Werror", "numbers.f90", "user.f90", "-o",
+                                   "user", cwd=self.root)
+                    self.run_clean("./user", cwd=self.root)
+        for arguments in ((), (self.root / "numbers.f90",)):
+            self.assertNotEqual(subprocess.run([self.root / "numbers", *arguments], check=False).returncode, 0)
 
     def test_name_that_the_host_lacks_fails_the_build(self):
         text = (self.api / "posix_binding.toml").read_text()

@@ -42,6 +42,8 @@ FAULTS = {
     "result beside an interface": ('name = "f", type = "procedure"',
                                    'name = "f", type = "procedure", interface = "subroutine f()", result = "real(8)"',
                                    "everything", "argument f: `result` beside an `interface`"),
+    "a default integer by value": ('name = "n", type = "integer(8)"', 'name = "n", type = "integer(4)"', "everything",
+                                   "argument n: by value an integer of 8 bytes has no rule"),
     "bad shape": ('shape = "13"', 'shape = "1:3"', "everything", "argument a: bad shape `1:3`"),
     "bad kind": ('kind = "subroutine"\nsummary = "do it"', 'kind = "macro"\nsummary = "do it"', "plain",
                  "kind `macro` is neither function nor subroutine"),
@@ -136,6 +138,14 @@ FAULTS = {
 
 PAIR, CODES = "pair", 'name = "codes", type = "integer(4)", access = "get set", count = 3'
 BINDING_FAULTS = {
+    "no refusal": ("refused = -7\n", "", "receive", "missing key `refused`: what it answers where an integer of 8 bytes does not fit"),
+    "bad refusal": ("refused = -7", 'refused = "ENOENT"', "receive", "`refused` must be a number or one of EOVERFLOW, "),
+    "refusal beside an error number": ('origin = "this library"\nargs = [\n  { name = "word",',
+                                       'origin = "this library"\nrefused = -1\nargs = [\n  { name = "ierror",', "pxfsend",
+                                       "`refused` of a routine that has an IERROR or answers a truth"),
+    "nobody for 8 bytes": ("refused = -7", 'refused = -7\neight = "absent"', "receive", "`eight`: the file has no routine `absent`"),
+    "most of a scalar": ('name = "place", type = "integer(4)"', 'name = "place", most = 3, type = "integer(4)"', "receive",
+                         "argument place: `most` of what is no array with a length of its own"),
     "unknown component key": ('text = "letters"', 'text = "letters", x = 1', PAIR,
                               "component label: unknown key `x`"),
     "no component text": (', text = "letters"', "", PAIR, "component label: missing key `text`"),

@@ -1,5 +1,6 @@
 ! What the Fortran test programs share: a check prints what failed, and the end of the program tells how many did.
 module checks
+  use, intrinsic :: iso_fortran_env, only: int32
   implicit none
   private
   public :: check, finish
@@ -7,7 +8,7 @@ module checks
   integer :: checked = 0
 
   interface check
-    module procedure check_logical, check_integer, check_long, check_real, check_double, check_text
+    module procedure check_logical, check_integer, check_long, check_longer, check_shorter, check_real, check_double, check_text
   end interface
 
 contains
@@ -28,7 +29,7 @@ contains
   end subroutine
 
   subroutine check_integer(got, expected, what)
-    integer(4), intent(in) :: got, expected
+    integer(int32), intent(in) :: got, expected
     character(*), intent(in) :: what
     call count_check(got == expected, what)
     if (got /= expected) print '(2(a, i0))', '  got ', got, ', expected ', expected
@@ -41,12 +42,26 @@ contains
     if (got /= expected) print '(2(a, i0))', '  got ', got, ', expected ', expected
   end subroutine
 
+  subroutine check_longer(got, expected, what)
+    integer(8), intent(in) :: got
+    integer(int32), intent(in) :: expected
+    character(*), intent(in) :: what
+    call check_long(got, int(expected, 8), what)
+  end subroutine
+
+  subroutine check_shorter(got, expected, what)
+    integer(int32), intent(in) :: got
+    integer(8), intent(in) :: expected
+    character(*), intent(in) :: what
+    call check_long(int(got, 8), expected, what)
+  end subroutine
+
   ! Bit for bit.
   subroutine check_real(got, expected, what)
     real(4), intent(in) :: got, expected
     character(*), intent(in) :: what
     logical :: same
-    same = transfer(got, 0_4) == transfer(expected, 0_4)
+    same = transfer(got, 0_int32) == transfer(expected, 0_int32)
     call count_check(same, what)
     if (.not. same) print *, ' got ', got, ', expected ', expected
   end subroutine

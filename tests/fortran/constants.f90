@@ -1,6 +1,7 @@
 ! Named constants through the module, against the numbers that Linux is known to have on x86.
 program constants
   use, intrinsic :: iso_c_binding, only: c_intptr_t
+  use, intrinsic :: iso_fortran_env, only: int32
   use checks, only: check, finish
   use qxport, only: ipxfconst, pxfconst, pxfisconst
   implicit none
@@ -49,7 +50,7 @@ contains
                     constant('SIGWINCH', 28), constant('SIGIO', 29), constant('SIGSYS', 31)])
     call check_all([constant('SIGEMT', -1), constant('SIGINFO', -1)])
     call check_all([constant('SA_NOCLDSTOP', 1), constant('SA_RESTART', 268435456), &
-                    constant('SA_NODEFER', 1073741824), constant('SA_RESETHAND', -huge(0) - 1)])
+                    constant('SA_NODEFER', 1073741824), constant('SA_RESETHAND', -huge(0_int32) - 1)])
     call check_all([constant('SIG_BLOCK', 0), constant('SIG_UNBLOCK', 1), constant('SIG_SETMASK', 2)])
     call check_all([constant('SIG_DFL', 0), constant('SIG_IGN', 1), constant('SIG_ERR', -1)])
     call check_all([constant('WNOHANG', 1), constant('WUNTRACED', 2)])
@@ -100,7 +101,7 @@ contains
                     constant('TAB3', int(o'14000')), constant('FFDLY', int(o'100000')), constant('CSIZE', int(o'60')), &
                     constant('CS5', 0), constant('CS6', int(o'20')), constant('CS7', int(o'40')), &
                     constant('CS8', int(o'60')), constant('PARENB', int(o'400')), constant('CLOCAL', int(o'4000')), &
-                    constant('CRTSCTS', -huge(0) - 1), constant('ISIG', 1), constant('ICANON', 2), &
+                    constant('CRTSCTS', -huge(0_int32) - 1), constant('ISIG', 1), constant('ICANON', 2), &
                     constant('ECHO', 8), constant('NOFLSH', 128), constant('TOSTOP', int(o'400')), &
                     constant('IEXTEN', int(o'100000'))])
     call check_all([constant('B0', 0), constant('B50', 1), constant('B9600', 13), constant('B38400', 15), &

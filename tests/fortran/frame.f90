@@ -128,7 +128,7 @@ contains
     call errsns(io, number, status, unit, condition)
     call check(number, enoent, 'errsns reads the number')
     call check(io == 0 .and. status == 0 .and. unit == 0 .and. condition == 0, 'errsns: the other four are 0')
-    call record(1, 2, 3, 4, 5)
+    call record(1_c_int32_t, 2_c_int32_t, 3_c_int32_t, 4_c_int32_t, 5_c_int32_t)
     call errsns(io, number, status, unit, condition)
     call check(all([io, number, status, unit, condition] == [1, 2, 3, 4, 5]), 'errsns reads all five')
   end subroutine

@@ -92,10 +92,10 @@ contains
     character(*), intent(in) :: how, exception
     select case (how)
     case ('sse-unmasked')
-      call ieee_set_mxcsr(8)
+      call ieee_set_mxcsr(8_c_int32_t)
     case ('sse-masked')
-      call ieee_set_mxcsr(8)
-      call ieee_clear_mxcsr(8)
+      call ieee_set_mxcsr(8_c_int32_t)
+      call ieee_clear_mxcsr(8_c_int32_t)
     case default
       call set_flags(how, exception)
     end select

@@ -1,6 +1,7 @@
 ! Bits, numbers, Bessel functions and QSORT through the module.
 program numeric
   use, intrinsic :: ieee_arithmetic, only: ieee_negative_inf, ieee_positive_inf, ieee_value
+  use, intrinsic :: iso_fortran_env, only: int32
   use checks, only: check, finish
   use qxport, only: besj0, besj1, besjn, besy0, besy1, besyn, bic, bici8, bis, bisi8, bit, biti8, cdfloat, complint, &
     compllog, complreal, csmg, dbesj0, dbesj1, dbesjn, dbesy0, dbesy1, dbesyn, ddim, dfloati, dfloatj, dfloatk, idfloat, &

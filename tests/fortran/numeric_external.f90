@@ -2,6 +2,7 @@
 program numeric_external
   use, intrinsic :: ieee_arithmetic, only: ieee_is_nan, ieee_negative_inf, ieee_positive_inf, ieee_quiet_nan, ieee_value
   use, intrinsic :: iso_c_binding, only: c_int64_t
+  use, intrinsic :: iso_fortran_env, only: int32
   use checks, only: check, finish
   implicit none
   interface

@@ -151,7 +151,7 @@ contains
   subroutine check_native_handler()
     integer(4) :: handler, number, answer, ierror
     type(c_funptr) :: former
-    former = host_signal(sigusr2, c_funloc(native_handler))
+    former = host_signal(int(sigusr2, c_int), c_funloc(native_handler))
     call pxfsigaction(sigusr2, 0, old, ierror)
     call check(ierror, 0, 'what is installed')
     call pxfintget(old, 'sa_handler', handler, ierror)
@@ -168,7 +168,7 @@ contains
     call send(sigusr2)
     call check(native_number, sigusr2, 'and called')
     call check(calls_of_a, 0, 'in the place of A')
-    former = host_signal(sigusr2, former)
+    former = host_signal(int(sigusr2, c_int), former)
   end subroutine
 
   subroutine check_waits()

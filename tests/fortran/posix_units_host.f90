@@ -130,7 +130,7 @@ contains
     integer(c_int) :: ends(2)
     integer(4) :: ierror
     character :: ch
-    call check(socketpair(1, 1, 0, ends), 0, 'socketpair')
+    call check(socketpair(1_c_int, 1_c_int, 0_c_int, ends), 0, 'socketpair')
     call pxffdopen(ends(1), 31, 'r+', ierror)
     call check(ierror, 0, 'a unit on a socket')
     call pxffdopen(ends(2), 32, ' ', ierror)
@@ -197,8 +197,8 @@ contains
     call pxfpipe(reader, end_to_close, ierror)
     call pxffdopen(reader, 38, 'r', ierror)
     former_action = handle(sigalrm, c_funloc(close_the_end))
-    call check(siginterrupt(sigalrm, 1), 0, 'siginterrupt')
-    answer = ualarm(20000, 0)
+    call check(siginterrupt(sigalrm, 1_c_int), 0, 'siginterrupt')
+    answer = ualarm(20000_c_int, 0_c_int)
     call pxffgetc(38, ch, ierror)
     call check(ierror, eend, 'an interrupted read is begun again, and comes to the end')
     call check(ch, '#', 'no character at the end')
@@ -221,7 +221,7 @@ contains
     flush (6)
     call pxffork(child, ierror)
     if (child == 0) then
-      if (getuid() == 0) call check(setuid(65534), 0, 'setuid')
+      if (getuid() == 0) call check(setuid(65534_c_int), 0, 'setuid')
       call pxffdopen(descriptor, 35, 'r+', ierror)
       if (ierror /= 0) call pxffastexit(1)
       read (35, '(a)') text
@@ -341,7 +341,7 @@ contains
 
   ! The buffer takes what the file does not.
   subroutine full_file()
-    integer, parameter :: file_size = 1, sigxfsz = 25
+    integer(c_int), parameter :: file_size = 1, sigxfsz = 25
     integer(c_intptr_t), parameter :: ignored = 1
     integer(c_intptr_t) :: former_action
     integer(c_long) :: former(2)

@@ -1,5 +1,6 @@
 ! Random numbers through the module.
 program random_numbers
+  use, intrinsic :: iso_fortran_env, only: int32
   use checks, only: check, finish
   use qxport, only: drand, drandm, dranset, errsns, irand, irandm, iranget, iranset, ran, rand, random, random_restore, &
     random_save, ranf, ranget, ranset, srand, RANDOM_STATE_SIZE
@@ -79,7 +80,7 @@ contains
     call ranset(-3.9)
     call check_seed(-3, 'ranset of -3.9')
     call dranset(1d10)
-    call check_seed(-huge(0) - 1, 'dranset out of range')
+    call check_seed(-huge(0_int32) - 1, 'dranset out of range')
     call srand(17)
     call check_seed(17, 'srand')
     x = drand(1)

@@ -7,10 +7,14 @@ program records_external
     pxfestrset, pxfgetsubhandle, pxfint8get, pxfint8set, pxfintget, pxfintset, pxfstrget, pxfstrset, &
     pxfstructcopy, pxfstructcreate, pxfstructfree
   integer(4), external :: pxfcallsubhandle
+  integer(8), external :: pxfcallsubhandlei8
   integer(4), parameter :: earraylen = 125, enoname = 126, enohandle = 127, etrunc = 129, erange = 34, einval = 22
   interface
     integer(4) function three_times(ival)
       integer(4), intent(inout) :: ival
+    end function
+    integer(8) function squared(ival)
+      integer(8), intent(in) :: ival
     end function
   end interface
 
@@ -149,9 +153,18 @@ contains
     call check(value, 15, 'what it does to its argument')
     answer = pxfcallsubhandle(0, value, error)
     call check(error, enohandle, 'call nothing')
+    call pxfgetsubhandle(squared, handle, error)
+    call check(pxfcallsubhandlei8(handle, 3000000000_8, error), 9000000000000000000_8, 'a function of INTEGER(8)')
+    call check(error, 0, 'call of one')
   end subroutine
 
 end program
+
+integer(8) function squared(ival)
+  implicit none
+  integer(8), intent(in) :: ival
+  squared = ival * ival
+end function
 
 integer(4) function three_times(ival)
   implicit none

@@ -1,5 +1,6 @@
 ! The routines for types that no component of any record has, by their names alone.
 program records_none_external
+  use, intrinsic :: iso_fortran_env, only: int32
   use checks, only: check, finish
   implicit none
   external :: pxfacharget, pxfacharset, pxfadblget, pxfadblset, pxfalgclget, pxfalgclset, pxfarealget, &

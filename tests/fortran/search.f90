@@ -1,6 +1,7 @@
 ! The file search through the module: enumeration, exact search and deletion.
 program search
   use, intrinsic :: iso_c_binding, only: c_intptr_t
+  use, intrinsic :: iso_fortran_env, only: int32
   use checks, only: check, finish
   use scratch, only: remove_directory, scratch_directory
   use qxport, only: file_info, file_info_i8, file_length, getfileinfoqq, getfileinfoqqi8, findfileqq, delfilesqq, &
@@ -67,10 +68,10 @@ contains
     character(280) :: wide
     narrow = transfer(file_info(1, 2, 3, 4, 5, 'first'//repeat('x', 249)//'!'), narrow)
     call check(narrow(21:275), 'first'//repeat('x', 249)//'!', 'place of the name in file_info')
-    call check(transfer(narrow(17:20), 0), 5, 'place of the attributes in file_info')
+    call check(transfer(narrow(17:20), 0_int32), 5, 'place of the attributes in file_info')
     wide = transfer(file_info_i8(1, 2, 3, [4, 5], 6, 'first'//repeat('x', 249)//'!'), wide)
     call check(wide(25:279), 'first'//repeat('x', 249)//'!', 'place of the name in file_info_i8')
-    call check(transfer(wide(21:24), 0), 6, 'place of the attributes in file_info_i8')
+    call check(transfer(wide(21:24), 0_int32), 6, 'place of the attributes in file_info_i8')
   end subroutine
 
   subroutine check_neighbours()

@@ -1,7 +1,7 @@
 ! Sorting and searching through the module: every type, and counts of both kinds.
 program sorting
   use, intrinsic :: iso_c_binding, only: c_intptr_t, c_loc, c_ptr
-  use, intrinsic :: iso_fortran_env, only: real128
+  use, intrinsic :: iso_fortran_env, only: int32, real128
   use, intrinsic :: ieee_arithmetic, only: ieee_is_nan, ieee_value, ieee_quiet_nan
   use checks, only: check, finish
   use qxport, only: sortqq, bsearchqq, getlasterrorqq, errsns, SORT_INTEGER1, SORT_INTEGER2, SORT_INTEGER4, &
@@ -27,7 +27,7 @@ contains
   subroutine check_numbers()
     integer(1), target :: i1(4) = [127_1, -127_1, 0_1, -1_1]
     integer(2), target :: i2(4) = [300_2, -300_2, 0_2, -1_2]
-    integer(4), target :: i4(4) = [7, -70000, 0, huge(0)]
+    integer(int32), target :: i4(4) = [integer(int32) :: 7, -70000, 0, huge(0_int32)]
     integer(8), target :: i8(4) = [5000000000_8, -5000000000_8, 0_8, 1_8], key = 5000000000_8
     real(4), target :: r4(4) = [1.5, -1.5, 0.25, 1e30]
     real(8), target :: r8(4) = [1.5d0, -1.5d300, 0.25d-300, 1d30], wanted = 1d30
@@ -44,7 +44,7 @@ contains
     call check(count, 4, 'the count of a sorted array stays')
     call check(all(i1 == [-127_1, -1_1, 0_1, 127_1]), 'INTEGER(1)')
     call check(all(i2 == [-300_2, -1_2, 0_2, 300_2]), 'INTEGER(2)')
-    call check(all(i4 == [-70000, 0, 7, huge(0)]), 'INTEGER(4)')
+    call check(all(i4 == [integer(int32) :: -70000, 0, 7, huge(0_int32)]), 'INTEGER(4)')
     call check(all(i8 == [-5000000000_8, 0_8, 1_8, 5000000000_8]), 'INTEGER(8)')
     call check(all(abs(r4 - [-1.5, 0.25, 1.5, 1e30]) <= 0), 'REAL(4)')
     call check(all(abs(r8 - [-1.5d300, 0.25d-300, 1.5d0, 1d30]) <= 0), 'REAL(8)')
@@ -71,13 +71,13 @@ contains
 
   ! Either kind, and literals of either kind where the count is only read.
   subroutine check_counts()
-    integer(4), target :: values(5) = [5, 4, 3, 2, 1], key = 4
+    integer(int32), target :: values(5) = [5_int32, 4_int32, 3_int32, 2_int32, 1_int32], key = 4_int32
     integer(4) :: short
     integer(8) :: long
     short = 5
     call sortqq(address(c_loc(values)), short, SORT_INTEGER4)
     call check(all(values == [1, 2, 3, 4, 5]), 'an INTEGER(4) count')
-    values = [5, 4, 3, 2, 1]
+    values = [5_int32, 4_int32, 3_int32, 2_int32, 1_int32]
     long = 5
     call sortqq(address(c_loc(values)), long, SORT_INTEGER4)
     call check(all(values == [1, 2, 3, 4, 5]), 'an INTEGER(8) count')
@@ -92,7 +92,7 @@ contains
   end subroutine
 
   subroutine check_errors()
-    integer(4), target :: values(3) = [3, 2, 1]
+    integer(int32), target :: values(3) = [3_int32, 2_int32, 1_int32]
     integer :: count, recorded(5)
     count = 3
     call sortqq(address(c_loc(values)), count, 458752)

@@ -2,7 +2,7 @@
 module callbacks
   implicit none
   private
-  public :: twice, add_to_total, total
+  public :: twice, add_to_total, squared, total
   integer(4), save :: total = 0
 
 contains
@@ -13,6 +13,12 @@ contains
     twice = ival + 1000
   end function
 
+  integer(8) function squared(ival)
+    integer(8), intent(inout) :: ival
+    squared = ival * ival
+    ival = ival + 1
+  end function
+
   subroutine add_to_total(ival)
     integer(4), intent(in) :: ival
     total = total + ival
@@ -21,9 +27,9 @@ end module
 
 program subhandles
   use, intrinsic :: iso_c_binding, only: c_intptr_t
-  use callbacks, only: add_to_total, total, twice
+  use callbacks, only: add_to_total, squared, total, twice
   use checks, only: check, finish
-  use qxport, only: pxfcallsubhandle, pxfgetsubhandle, pxfintget, pxfintset, pxfstructcreate, pxfstructfree
+  use qxport, only: pxfcallsubhandle, pxfcallsubhandlei8, pxfgetsubhandle, pxfintget, pxfintset, pxfstructcreate, pxfstructfree
   implicit none
   integer(4), parameter :: enohandle = 127
   logical, parameter :: handles_are_places = storage_size(0_c_intptr_t) == 64
@@ -31,6 +37,7 @@ program subhandles
 
   call check_handles()
   call check_calls()
+  call check_wide_calls()
   call check_refusals()
   call check_component()
   call finish()
@@ -46,6 +53,22 @@ contains
     call pxfgetsubhandle(twice, again, error)
     call check(again, doubling, 'one procedure, one handle')
     if (handles_are_places) call check(doubling == 16 .and. adding == 17, 'the first procedures')
+  end subroutine
+
+  ! Of procedures whose integers have 8 bytes.
+  subroutine check_wide_calls()
+    integer(8) :: value, answer
+    integer(4) :: handle, error
+    call pxfgetsubhandle(squared, handle, error)
+    value = 3000000000_8
+    error = -1
+    answer = pxfcallsubhandlei8(handle, value, error)
+    call check(error, 0, 'call a function of INTEGER(8)')
+    call check(answer, 9000000000000000000_8, 'what it answers')
+    call check(value, 3000000001_8, 'what it does to its argument')
+    answer = pxfcallsubhandlei8(0, value, error)
+    call check(error, enohandle, 'no handle of such a function')
+    call check(value, 3000000001_8, 'the argument stays')
   end subroutine
 
   subroutine check_calls()

@@ -156,7 +156,7 @@ contains
         integer(c_int), value :: overwrite
       end function
     end interface
-    call check(setenv('TZ' // c_null_char, zone // c_null_char, 1) == 0, 'setenv')
+    call check(setenv('TZ' // c_null_char, zone // c_null_char, 1_c_int) == 0, 'setenv')
   end subroutine
 
   subroutine test_given_instants()

@@ -1,5 +1,6 @@
 ! Characters of units where no positions are: the standard units, pipes and terminals; and units that are connected again.
 program unit_characters_streams
+  use, intrinsic :: iso_c_binding, only: c_int
   use checks, only: check, finish
   use pseudo_terminals, only: open_pseudo_terminal
   use scratch, only: remove_directory, scratch_directory
@@ -243,7 +244,8 @@ contains
   end subroutine
 
   subroutine terminals()
-    integer(4) :: master, terminal, count, ierror
+    integer(c_int) :: master
+    integer(4) :: terminal, count, ierror
     character(:), allocatable :: device
     character(20) :: line
     call open_pseudo_terminal(master, device)

@@ -58,9 +58,9 @@ program units
   call check_unconnected(-2147483647, 'a huge negative number')
   call check_unconnected(-2147483647 - 1, 'the most negative number')
 
-  call check_stream(input_unit, 0)
-  call check_stream(output_unit, 1)
-  call check_stream(error_unit, 2)
+  call check_stream(input_unit, 0_c_int)
+  call check_stream(output_unit, 1_c_int)
+  call check_stream(error_unit, 2_c_int)
 
   call check_large_file()
   call check_terminal()

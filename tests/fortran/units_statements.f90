@@ -2,6 +2,7 @@
 ! that are not complete, and on units made of descriptors.
 program units_statements
   use, intrinsic :: iso_fortran_env, only: int64
+  use, intrinsic :: iso_c_binding, only: c_int
   use checks, only: check, finish
   use pseudo_terminals, only: open_pseudo_terminal
   use scratch, only: remove_directory, scratch_directory
@@ -382,7 +383,8 @@ contains
   end subroutine
 
   subroutine terminals()
-    integer(4) :: master, terminal, count, ierror
+    integer(c_int) :: master
+    integer(4) :: terminal, count, ierror
     character(:), allocatable :: device
     character(20) :: line
     character :: next
@@ -408,7 +410,8 @@ contains
 
   ! The leader of a session gets no controlling terminal by connecting one to a unit.
   subroutine controlling_terminals()
-    integer(4) :: master, terminal, child, status, ended, descriptor, session, ierror
+    integer(c_int) :: master
+    integer(4) :: terminal, child, status, ended, descriptor, session, ierror
     character(:), allocatable :: device
     call open_pseudo_terminal(master, device)
     flush (6)

@@ -32,10 +32,29 @@ int main(void) {
 }
 PROGRAM
 
+# Default integers of 8 bytes, in which a value stays whole or is refused.
+cat >wide.f90 <<'PROGRAM'
+program wide
+  use qxport, only: getcwd, pxfgetpid, pxfopen, sleepqq
+  use qxport_numbers, only: EOVERFLOW, O_RDONLY
+  implicit none
+  character(4096) :: directory
+  integer :: descriptor = -2_8**40, error
+  if (kind(error) /= 8) error stop 'default integers have not 8 bytes'
+  call sleepqq(1)
+  call pxfopen('.', 0, O_RDONLY, 0, descriptor, error)
+  if (error /= 0 .or. descriptor < 0) error stop 'the working directory does not open'
+  call pxfopen('.', 2**32, O_RDONLY, 0, descriptor, error)
+  if (error /= EOVERFLOW) error stop 'a length that does not fit is not refused'
+  if (getcwd(directory) /= 0) error stop 'no working directory'
+  print '(a)', trim(directory)
+end program
+PROGRAM
+
 promised_files_are_there() {
   local file
-  for file in lib/libqxportmt.{so,a} lib/libqxportmt.so.1 lib/libqxcoremt_{gnu,posix}.{so,a} \
-    lib/libqxcoremt_{gnu,posix}.so.1 include/qxport/qxport.{h,mod,f90} include/qxport/qxport_numbers.{mod,f90} lib/pkgconfig/qxport.pc \
+  for file in lib/libqxportmt{,_i8}.{so,a} lib/libqxportmt{,_i8}.so.1 lib/libqxcoremt_{gnu,posix}.{so,a} \
+    lib/libqxcoremt_{gnu,posix}.so.1 include/qxport/qxport.{h,mod,f90} include/qxport/{,i8/}qxport_numbers.{mod,f90} include/qxport/i8/qxport.{mod,f90} lib/pkgconfig/qxport{,-i8}.pc \
     lib/cmake/qxport/qxportConfig{,Version}.cmake share/man/man3/access.3f share/doc/qxport/html/index.html \
     share/doc/qxport/LICENSE bin/qxport share/qxport/{catalogue.json,catalogue.schema.json,doctor.schema.json,README.md} \
     share/man/man1/qxport.1; do
@@ -52,9 +71,12 @@ promised_files_are_there() {
   (cd "$MODULES" && ls ./*.mod) | while read -r file; do
     cmp "$MODULES/$file" "$prefix/include/qxport/$file" || fail "$file is not installed"
   done
+  (cd "$I8_MODULES" && ls ./*.mod) | while read -r file; do
+    cmp "$I8_MODULES/$file" "$prefix/include/qxport/i8/$file" || fail "i8/$file is not installed"
+  done
   "$PYTHON" "$SOURCE_DIR/tests/link/broken_links.py" "$prefix/share/doc/qxport/html" |
     expect_empty 'links of the installed reference that lead nowhere'
-  for file in libqxportmt libqxcoremt_{gnu,posix}; do
+  for file in libqxportmt{,_i8} libqxcoremt_{gnu,posix}; do
     [[ -L $prefix/lib/$file.so && -L $prefix/lib/$file.so.1 && -f $(readlink -f "$prefix/lib/$file.so.1") ]] ||
       fail "$file.so is not installed under the names that linkers and loaders look for"
   done
@@ -107,6 +129,11 @@ serves_pkg_config() {
     fail "no Fortran program by pkg-config from $installed"
   runs_installed "$installed" ./by_pc
   readelf -dW by_pc | grep -qF '[libqxportmt.so.1]' || fail 'pkg-config did not give the shared library'
+  options_of --cflags --libs qxport-i8
+  "$FC" "${target_flags[@]}" -fdefault-integer-8 -o wide_by_pc wide.f90 "${options[@]}" ||
+    fail "no program of wide integers by pkg-config from $installed"
+  runs_installed "$installed" ./wide_by_pc
+  readelf -dW wide_by_pc | grep -qF '[libqxportmt_i8.so.1]' || fail 'pkg-config did not give the library of variants'
   options_of --cflags --libs qxport-posix
   "$CC" "${target_flags[@]}" -o by_pc_c prog.c "${options[@]}" ||
     fail "no C program by pkg-config from $installed"
@@ -118,12 +145,16 @@ serves_pkg_config() {
     "$FC" "${target_flags[@]}" -o static_by_pc -static prog.f90 "${options[@]}" ||
       fail "no static Fortran program by pkg-config from $installed"
     runs_installed /nowhere ./static_by_pc
+    options_of --static --cflags --libs qxport-i8
+    "$FC" "${target_flags[@]}" -fdefault-integer-8 -o static_wide_by_pc -static wide.f90 "${options[@]}" ||
+      fail "no static program of wide integers by pkg-config from $installed"
+    runs_installed /nowhere ./static_wide_by_pc
     options_of --static --cflags --libs qxport-posix
     "$CC" "${target_flags[@]}" -o static_by_pc_c -static prog.c "${options[@]}" ||
       fail "no static C program by pkg-config from $installed"
     runs_installed /nowhere ./static_by_pc_c
   fi
-  rm -f by_pc by_pc_c static_by_pc static_by_pc_c
+  rm -f by_pc by_pc_c static_by_pc static_by_pc_c wide_by_pc static_wide_by_pc
 }
 
 # serves_ported PREFIX: a program that uses a module of another name, with names of its own; the command writes nothing
@@ -159,7 +190,7 @@ serves_cmake() {
   rm -rf "$project"
   mkdir "$project"
   cp "$sources/consumer_$language.cmake" "$project/CMakeLists.txt"
-  cp "$source" ported.f90 names.txt "$project/"
+  cp "$source" wide.f90 ported.f90 names.txt "$project/"
   if ! { "$CMAKE" -S "$project" -B "$project/build" -G "$generator" "-DCMAKE_PREFIX_PATH=$installed" \
     "-DCMAKE_${language}_COMPILER=$compiler" "-DCMAKE_${language}_FLAGS=${target_flags[*]}" \
     -DCMAKE_BUILD_TYPE=Release && "$CMAKE" --build "$project/build"; } >project.log 2>&1; then
@@ -169,6 +200,8 @@ serves_cmake() {
   fi
   if [[ $language == Fortran ]]; then
     runs_installed /nowhere "$project/build/ported"
+    runs_installed /nowhere "$project/build/wide_with_shared"
+    runs_installed /nowhere "$project/build/wide_with_static"
   fi
   for linkage in shared static; do
     # Without a search path of ours: CMake's own suffices.

@@ -52,11 +52,14 @@ needs_only "$QXCORE_LIB/libqxcoremt_gnu.so" 'libgfortran\.so\.[0-9]+|libquadmath
 dynamic_entries "$QXCORE_LIB/libqxcoremt_gnu.so" NEEDED | grep -q '^libgfortran\.' ||
   fail "libqxcoremt_gnu.so does not bring its run-time in"
 
+needs_only "$QXPORT_LIB/libqxportmt_i8.so" 'libc\.so\.6'
+
 is_named "$QXPORT_LIB/libqxportmt.so" libqxportmt.so.1
+is_named "$QXPORT_LIB/libqxportmt_i8.so" libqxportmt_i8.so.1
 for provider in gnu posix; do
   is_named "$QXCORE_LIB/libqxcoremt_$provider.so" "libqxcoremt_$provider.so.1"
 done
-for library in "$QXPORT_LIB/libqxportmt.so" "$QXCORE_LIB"/libqxcoremt_{gnu,posix}.so; do
+for library in "$QXPORT_LIB"/libqxportmt{,_i8}.so "$QXCORE_LIB"/libqxcoremt_{gnu,posix}.so; do
   has_no_search_path "$library"
   is_versioned "$library"
   uses_what_it_needs "$library"

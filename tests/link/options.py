@@ -28,5 +28,5 @@ for command in commands:
     missing = sorted(wanted - set(words)) + ["-ffile-prefix-map"] * (mapped != [".", "./build"])
     if missing:
         print(output, *missing)
-for library in {"qxport_objects", "qxcore_gnu_objects", "qxcore_posix_objects"} - seen:
+for library in {"qxport_objects", "qxport_i8_objects", "qxcore_gnu_objects", "qxcore_posix_objects"} - seen:
     print("nothing is compiled of", library)

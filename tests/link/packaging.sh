@@ -106,10 +106,10 @@ install_by_components() {
     (cd "$prefix" && find . -type f -o -type l | sort) >"$component.files"
   done
   expect_empty 'the runtime component has more than the shared libraries' \
-    < <(grep -Ev "^\./$libdir/libqx(portmt|coremt_(gnu|posix))\.so\.1" runtime.files)
-  [[ $(wc -l <runtime.files) == 6 ]] || fail "the runtime component lacks libraries: $(cat runtime.files)"
+    < <(grep -Ev "^\./$libdir/libqx(portmt(_i8)?|coremt_(gnu|posix))\.so\.1" runtime.files)
+  [[ $(wc -l <runtime.files) == 8 ]] || fail "the runtime component lacks libraries: $(cat runtime.files)"
   comm -13 runtime.files development.files >added
-  for file in include/qxport/qxport.{h,mod} "$libdir"/libqxportmt.{so,a} "$libdir"/pkgconfig/qxport.pc \
+  for file in include/qxport/qxport.{h,mod} "$libdir"/libqxportmt{,_i8}.{so,a} "$libdir"/pkgconfig/qxport{,-i8}.pc include/qxport/i8/qxport.mod \
     "$libdir"/cmake/qxport/qxportConfig.cmake bin/qxport; do
     grep -qxF "./$file" added || fail "the development component lacks $file"
   done

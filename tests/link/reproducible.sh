@@ -5,8 +5,8 @@ source "$(dirname "$0")/common.bash"
 # One instant, in a time zone where it is another day already.
 export SOURCE_DATE_EPOCH=1699050000 TZ=Pacific/Auckland
 date='Nov  3 2023'
-targets=(qxport_shared qxport_static qxcore_gnu_shared qxcore_gnu_static qxcore_posix_shared qxcore_posix_static)
-libraries=(src/libqxportmt.{so,a} src/core/libqxcoremt_{gnu,posix}.{so,a})
+targets=(qxport_shared qxport_static qxport_i8_shared qxport_i8_static qxcore_gnu_shared qxcore_gnu_static qxcore_posix_shared qxcore_posix_static)
+libraries=(src/libqxportmt.{so,a} src/libqxportmt_i8.{so,a} src/core/libqxcoremt_{gnu,posix}.{so,a})
 
 # configure SOURCE BUILD: optimised and with debugging information, as installed.
 configure() {

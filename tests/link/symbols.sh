@@ -15,6 +15,7 @@ archive_symbols() {
 # Lists, sorted as comm wants them.
 apigen --list-symbols qxport --target "$TARGET" | LC_ALL=C sort -u >qxport.symbols
 apigen --list-symbols qxcore --target "$TARGET" | LC_ALL=C sort -u >qxcore.symbols
+apigen --list-symbols qxport_i8 --target "$TARGET" | LC_ALL=C sort -u >qxport_i8.symbols
 names() {
   "$PYTHON" "$SOURCE_DIR/tests/link/catalogue_names.py" "$SOURCE_DIR/api" "$1" | LC_ALL=C sort -u
 }
@@ -34,7 +35,7 @@ exports_are_the_catalogue() {
 routines_are_weak_and_aliases_strong() {
   local archive=$1 catalogue=$2
   archive_symbols "$archive" | sort >kinds
-  grep -v '^qxport_' "$catalogue" | comm -23 - data.symbols | sed 's/^/W /' | sort >wanted
+  { grep -v '^qxport_' "$catalogue" || true; } | comm -23 - data.symbols | sed 's/^/W /' | sort >wanted
   comm -23 wanted kinds | expect_empty "not weak in $(basename "$archive")"
   grep '^qxport_' "$catalogue" | sed 's/^/T /' | sort >wanted
   comm -23 wanted kinds | expect_empty "not strong in $(basename "$archive")"
@@ -62,18 +63,18 @@ no_routine_calls_an_exported_name() {
   comm -12 public referred | expect_empty "referred to by its exported name in $(basename "$archive")"
 }
 
-# Wanted of others: the C library's names (with their versions, where nothing is instrumented), and the core services.
-wants_only_libc_and_services() {
-  local library=$1 libc=$2 libm=$3
+# Wanted of others: the C library's names (with their versions, where nothing is instrumented), and what a list has.
+wants_only_libc_and() {
+  local served=$1 library=$2 libc=$3 libm=$4
   nm -D --undefined-only "$library" | awk '$1 == "U" { print $2 }' | sort -u >undefined
   if [[ -n $SANITIZE ]]; then
     grep -Ev '^__(asan|ubsan|tsan|lsan|sanitizer)_' undefined >plain
     { defined_symbols "$libc"; defined_symbols "$libm"; } | sort -u >host
     sed 's/@.*//' plain | sort -u | comm -23 - host >foreign
   else
-    grep -Ev '@GLIBC_[0-9.]+$' undefined >foreign || true
+    grep -Ev '@GLIBC_[0-9.]+$' undefined | sed 's/@.*//' | sort -u >foreign || true
   fi
-  comm -23 foreign core.symbols | expect_empty "$(basename "$library") wants what neither libc nor the core offers"
+  comm -23 foreign "$served" | expect_empty "$(basename "$library") wants what neither libc nor the libraries below offer"
 }
 
 loads_cleanly() {
@@ -91,18 +92,28 @@ libc=$("$CC" "${target_flags[@]}" -print-file-name=libc.so.6)
 libm=$("$CC" "${target_flags[@]}" -print-file-name=libm.so.6)
 
 exports_are_the_catalogue "$QXPORT_LIB/libqxportmt.so" qxport.symbols
-wants_only_libc_and_services "$QXPORT_LIB/libqxportmt.so" "$libc" "$libm"
+wants_only_libc_and core.symbols "$QXPORT_LIB/libqxportmt.so" "$libc" "$libm"
 loads_cleanly "$QXPORT_LIB/libqxportmt.so"
 routines_are_weak_and_aliases_strong "$QXPORT_LIB/libqxportmt.a" qxport.symbols
 other_names_are_hidden "$QXPORT_LIB/libqxportmt.a" qxport.symbols
 no_routine_calls_an_exported_name "$QXPORT_LIB/libqxportmt.a" qxport.symbols
+
+# The variants for default integers of 8 bytes: all of ours, and over the libraries for the others.
+grep -v '^qxport_i8_' qxport_i8.symbols | expect_empty 'variants that do not say what they are' || true
+exports_are_the_catalogue "$QXPORT_LIB/libqxportmt_i8.so" qxport_i8.symbols
+sort -u qxport.symbols qxcore.symbols >below
+wants_only_libc_and below "$QXPORT_LIB/libqxportmt_i8.so" "$libc" "$libm"
+loads_cleanly "$QXPORT_LIB/libqxportmt_i8.so"
+routines_are_weak_and_aliases_strong "$QXPORT_LIB/libqxportmt_i8.a" qxport_i8.symbols
+other_names_are_hidden "$QXPORT_LIB/libqxportmt_i8.a" qxport_i8.symbols
+
 for provider in gnu posix; do
   exports_are_the_catalogue "$QXCORE_LIB/libqxcoremt_$provider.so" qxcore.symbols
   loads_cleanly "$QXCORE_LIB/libqxcoremt_$provider.so"
   routines_are_weak_and_aliases_strong "$QXCORE_LIB/libqxcoremt_$provider.a" qxcore.symbols
   other_names_are_hidden "$QXCORE_LIB/libqxcoremt_$provider.a" qxcore.symbols
 done
-wants_only_libc_and_services "$QXCORE_LIB/libqxcoremt_posix.so" "$libc" "$libm"
+wants_only_libc_and core.symbols "$QXCORE_LIB/libqxcoremt_posix.so" "$libc" "$libm"
 
 # The services that tests call by their C names are in the archive, and in the archive only.
 internal=(allocCstr deallocCstr CstrToFstr patternMatch _zelta_lib_warn _zelta_lib_err init_handle_table

@@ -19,7 +19,7 @@ COMPILER = [os.environ["FC"]] + (["-m32"] if TARGET == "32" else [])
 
 def lay_out(prefix):
     """What `cmake --install` lays down of that which the command needs; the libraries are led to."""
-    for directory in ("bin", "share/qxport/python", "include/qxport", "lib"):
+    for directory in ("bin", "share/qxport/python", "include/qxport/i8", "lib"):
         (prefix / directory).mkdir(parents=True)
     shutil.copy(SOURCE / "porting/qxport", prefix / "bin")
     shutil.copytree(SOURCE / "porting/qxporting", prefix / "share/qxport/python/qxporting")
@@ -27,6 +27,8 @@ def lay_out(prefix):
         shutil.copy(path, prefix / "share/qxport")
     for path in [*Path(os.environ["MODULES"]).glob("*.mod"), *Path(os.environ["GENERATED"], "fortran").glob("*.f90")]:
         shutil.copy(path, prefix / "include/qxport")
+    for path in [*Path(os.environ["I8_MODULES"]).glob("*.mod"), *Path(os.environ["GENERATED"], "fortran/i8").glob("*.f90")]:
+        shutil.copy(path, prefix / "include/qxport/i8")
     for directory in (os.environ["QXPORT_LIB"], os.environ["QXCORE_LIB"]):
         for path in Path(directory).glob("lib*"):
             (prefix / "lib" / path.name).symlink_to(path)

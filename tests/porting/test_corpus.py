@@ -105,10 +105,10 @@ class Corpus(Installed):
         for path, told in self.programs.items():
             self.mend(report, path, told)
         report = self.diagnose(self.programs, 1 if any(k in BY_COMMAND for t in self.programs.values() for k, _ in t["finds"])
-                               else 0 if "wide" != name else 1)
+                               else 0)
         for path in self.programs:
             with self.subTest(mended=path.name):
-                left = {kind for kind, _ in self.found(report, path)} - {"default-integer-8"}
+                left = {kind for kind, _ in self.found(report, path)}
                 self.assertLessEqual(left, BY_COMMAND)
         by_path = {program["sources"][-1]: program for program in report["programs"]}
         self.assertEqual(set(by_path), {str(path) for path in self.programs})

@@ -60,7 +60,8 @@ class Guide(Installed):
     def setUpClass(cls):
         super().setUpClass()
         (cls.prefix / "lib/pkgconfig").mkdir()
-        shutil.copy(BUILD / "qxport.pc", cls.prefix / "lib/pkgconfig")
+        for package in ("qxport.pc", "qxport-i8.pc"):
+            shutil.copy(BUILD / package, cls.prefix / "lib/pkgconfig")
         cls.sections = sections(PAGE.read_text(encoding="utf-8"))
 
     def environment(self):

@@ -108,6 +108,22 @@ TEST_F(Subhandles, AnswerIsTheProcedures) {
   EXPECT_EQ(call(handle_of(numbered<7>), &ival), 7);
 }
 
+TEST_F(Subhandles, WideIntegersArriveAndComeBackWhole) {
+  const auto shifted = [](int64_t *ival) -> int64_t { return (*ival)++ << 8; };
+  int64_t (*const procedure)(int64_t *) = shifted;
+  int32_t handle = handle_of(reinterpret_cast<Procedure>(reinterpret_cast<void (*)()>(procedure)));
+  int64_t ival = int64_t{1} << 40, answer = SENTINEL;
+  EXPECT_EQ(reported_by([&](int32_t *ierror) { answer = pxfcallsubhandlei8_(&handle, &ival, ierror); }),
+            succeeded());
+  EXPECT_EQ(answer, int64_t{1} << 48);
+  EXPECT_EQ(ival, (int64_t{1} << 40) + 1);
+  handle = 0;
+  EXPECT_EQ(reported_by([&](int32_t *ierror) { answer = pxfcallsubhandlei8_(&handle, &ival, ierror); }),
+            refused(NO_SUCH_HANDLE));
+  EXPECT_EQ(answer, 0);
+  EXPECT_EQ(ival, (int64_t{1} << 40) + 1);
+}
+
 TEST_F(Subhandles, OneProcedureHasOneHandle) {
   const int32_t first = handle_of(twice);
   const int32_t second = handle_of(negative);

@@ -4,7 +4,7 @@ import tomllib
 from dataclasses import dataclass, field
 from pathlib import Path
 
-from . import checks, front, schema
+from . import checks, default_kinds, front, schema
 from .bindings import with_bindings
 from .entries import PREFIX, alias_symbol, module_names
 from .kinds import Kind, parse_kind
@@ -24,6 +24,7 @@ class Argument:
     unit: str | None
     interface: tuple[str, ...]  # of a procedure: its heading and the declarations of its arguments
     result: Kind | None  # of a procedure that is a function whose arguments are the caller's affair
+    most: int | None = None  # how many elements of an array are looked at, at most
 
 
 @dataclass(frozen=True)
@@ -52,6 +53,8 @@ class Routine:
     also: tuple[str, ...]  # further generic names of the module that lead to it
     families: tuple[str, ...]  # further families whose modules have it
     targets: tuple[str, ...]
+    eight: str | None = None  # the routine that takes integers of 8 bytes in its place
+    refused: int | str | None = None  # the answer where such an integer does not fit
 
     def exists_on(self, target):
         return f"{target}-bit" in self.targets
@@ -206,6 +209,7 @@ def load(directory):
     for path, table in tables:
         problems += schema.problems(path, table)
     problems += checks.problems(tables)
+    problems = problems or default_kinds.problems(tables)
     if problems:
         raise CatalogueError(list(dict.fromkeys(problems)))
     try:
@@ -262,6 +266,7 @@ def _argument(table):
         unit=table.get("unit"),
         interface=tuple(line.strip() for line in table.get("interface", "").strip().splitlines()),
         result=parse_kind(table["result"]) if "result" in table else None,
+        most=table.get("most"),
     )
 
 
@@ -288,4 +293,6 @@ def _routine(table):
         also=tuple(table.get("also", [])),
         families=tuple(table.get("families", [])),
         targets=tuple(table.get("targets", ["32-bit", "64-bit"])),
+        eight=table.get("eight"),
+        refused=table.get("refused"),
     )

@@ -76,6 +76,8 @@ TABLES = {
         "also": ((list,), False),
         "families": ((list,), False),
         "targets": ((list,), False),
+        "eight": (_TEXT, False),
+        "refused": ((int, str), False),
     },
     "argument": {
         "name": (_TEXT, True),
@@ -88,6 +90,7 @@ TABLES = {
         "value": ((bool,), False),
         "interface": (_TEXT, False),
         "result": (_TEXT, False),
+        "most": ((int,), False),
     },
     "error": {"number": ((str, int), True), "when": (_TEXT, True)},
 }

@@ -1,5 +1,6 @@
 """The Fortran modules: an interface of every routine under its own name, and no object code."""
 
+from .default_kinds import catalogue_of_wide
 from .declarations import WIDTH, declaration_lines, wrapped
 from .entries import PREFIX
 
@@ -7,7 +8,10 @@ RECORDS = "qxport_record_types"
 
 
 def outputs(catalogue, options):
-    return {"fortran/qxport.f90": modules(catalogue, options)}
+    return {
+        "fortran/qxport.f90": modules(catalogue, options),
+        "fortran/i8/qxport.f90": modules(catalogue_of_wide(catalogue, options.target), options),
+    }
 
 
 def modules(catalogue, options):
@@ -81,7 +85,7 @@ def _area_module(area, target):
     lines += [f"  public :: {record.name}" for record in area.records]
     lines += [f"  public :: {generic}" for generic in generics]
     for generic, routines in generics.items():
-        name = f" {generic}" if any(routine.alias for routine in routines) else ""
+        name = f" {generic}" if len(routines) > 1 or routines[0].specific != generic else ""
         lines += [""] + _comment(routines[0].summary, 2) + [f"  interface{name}"]
         for routine in routines:
             lines += interface_body(routine)

@@ -2,18 +2,27 @@
 
 import re
 
+from . import default_kinds
+
 # Programs that are linked now say what they need; a change that they would notice gets a version of its own.
 VERSION = "QXPORT_1.0"
-LIBRARIES = {"qxport": "libqxportmt", "qxcore": "libqxcoremt"}
+LIBRARIES = {"qxport": "libqxportmt", "qxcore": "libqxcoremt", "qxport_i8": "libqxportmt_i8"}
 _PLAIN = re.compile(r"[A-Za-z_][A-Za-z0-9_]*\Z")
 
 
 def outputs(catalogue, options):
     """The version script of each library, by file name."""
     return {
-        f"symbols/{file}.map": version_script(catalogue.symbols(library, options.target))
+        f"symbols/{file}.map": version_script(exported(catalogue, library, options.target))
         for library, file in LIBRARIES.items()
     }
+
+
+def exported(catalogue, library, target):
+    """Every symbol of a library, sorted."""
+    if library == "qxport_i8":
+        return default_kinds.symbols(catalogue, target)
+    return catalogue.symbols(library, target)
 
 
 def version_script(symbols):

@@ -12,6 +12,7 @@ from pathlib import Path
 from .. import catalogue as catalogues
 from ..compiler import Compiler
 from ..failure import CANNOT, Failure
+from ..installed import WIDE_INTEGERS, has_wide_integers
 from ..module_command import renamings
 from ..module_source import EVERYTHING
 from . import missing, objects, programs, report, scan, tree
@@ -146,7 +147,7 @@ def _write(path, text):
 
 def _diagnose(diagnosis, others, names, catalogue, installed, scratch):
     options, compiler, sources = diagnosis.options, diagnosis.compiler, diagnosis.sources
-    include = Path(installed.include)
+    include = Path(installed.modules_for(options.flags))
     jobs = options.jobs or os.cpu_count() or 1
     workshop = Workshop(compiler, options.flags, scratch, [include, os.getcwd()], jobs,
                         Progress(len(sources), options.quiet))
@@ -155,8 +156,8 @@ def _diagnose(diagnosis, others, names, catalogue, installed, scratch):
     diagnosis.missing = scan.order(sources, lambda name, source: any(
         Path(d, f"{name}.mod").exists() for d in [source.path.parent, *searched]))
     replacements = missing.Replacements(missing.usable(diagnosis.missing), options.of or [EVERYTHING], names)
-    # The size of an address is a matter of the modules too.
-    target = [flag for flag in options.flags if flag in ("-m32", "-m64", "-mx32")]
+    # The sizes of an address and of a default integer are a matter of the modules too.
+    target = [flag for flag in options.flags if flag in ("-m32", "-m64", "-mx32", WIDE_INTEGERS)]
     module_compiler = Compiler(shlex.join([*compiler.words, *target]))
     maker = missing.Maker(catalogue, module_compiler, include, scratch, replacements)
     workshop.place_of_missing = maker.directory_for
@@ -165,14 +166,14 @@ def _diagnose(diagnosis, others, names, catalogue, installed, scratch):
     with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
         good = [compiled for compiled in done.values() if compiled.ok]
         looked = dict(zip((c.source.number for c in good), pool.map(lambda c: objects.look(c.object), good)))
-    wide = 8 if "-fdefault-integer-8" in options.flags or "-i8" in options.flags else 4
+    wide = 8 if has_wide_integers(options.flags) or "-i8" in options.flags else 4
     wide_real = 8 if "-fdefault-real-8" in options.flags else 4
     trees = {n: tree.read(c.dump, wide, wide_real) for n, c in done.items() if c.dump}
     given = set().union(*(objects.names(path).defines for path in others))
     diagnosis.programs = programs.find(sources, looked)
     around = programs.surroundings(sources, diagnosis.programs, looked)
 
-    judge = Judge(catalogue)
+    judge = Judge(catalogue, wide == 8)
     given |= {f"{name}_" for _, name in replacements.absent}  # told already
     _tell_modules(diagnosis, judge, replacements)
     for source in sources:
@@ -215,10 +216,12 @@ def _tell_modules(diagnosis, judge, replacements):
         advice = "say in a names file what of the library it is" + (f"; near: {', '.join(near)}" if near else "")
         judge.findings.append(Finding("missing-name", TO_DO, message.file, message.line, "", name,
                                       f"the program takes it from {module}, and the library has nothing of the name", advice))
-    if "-fdefault-integer-8" in diagnosis.options.flags:
-        judge.findings.append(Finding("default-integer-8", TO_DO, str(diagnosis.sources[0].path), 1, "", "-fdefault-integer-8",
-                                      "default integers have 8 bytes, and most arguments of the library have 4",
-                                      "declare what the calls below hand over INTEGER(4), or compile without the flag"))
+    if has_wide_integers(diagnosis.options.flags):
+        judge.findings.append(Finding("default-integer-8", NOTE, str(diagnosis.sources[0].path), 1, "", WIDE_INTEGERS,
+                                      "default integers have 8 bytes: the modules of `pkg-config --cflags --libs qxport-i8` take "
+                                      "them, and most routines called without a module take 4",
+                                      "compile with these flags, as the command below does, and `use qxport` where calls without a "
+                                      "module hand over 8 bytes"))
 
 
 def _tell_errors(judge, diagnosis, compiled, replacements, tree):

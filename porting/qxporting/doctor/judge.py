@@ -9,6 +9,7 @@ from .traps import SECTIONS
 from .tree import mentioned
 
 TO_DO, NOTE = "to do", "note"
+_VARIANT = re.compile(r"qxport_i8_(\w+?)(?:_[48]+)?_")
 
 
 @dataclass
@@ -28,11 +29,13 @@ class Finding:
 
 
 class Judge:
-    def __init__(self, catalogue):
+    def __init__(self, catalogue, is_wide):
         self.catalogue = catalogue
+        self.is_wide = is_wide  # default integers take 8 bytes, and the modules take integers of 4 and 8
         self.routines = {}  # by the name that a call has
         self.by_module = {}  # by the name of the procedure that the module leads to
         self.ours = {}  # symbol -> routine
+        self.variants = {}  # the name of its variants for default integers of 8 bytes -> routine
         for symbol, routine in catalogue.symbols.items():
             self.ours[symbol] = routine
             if symbol.endswith("_"):
@@ -40,6 +43,7 @@ class Judge:
             if routine["module"]:
                 self.ours.setdefault(routine["module"]["symbol"], routine)
                 self.by_module[routine["module"]["procedure"]] = routine
+                self.variants[routine["module"]["procedure"].removeprefix("qxport_")] = routine
         self.findings, self._told = [], set()
         self.served = defaultdict(lambda: defaultdict(set))  # file -> unit -> names
 
@@ -54,12 +58,17 @@ class Judge:
             if key in told or symbol in defined:
                 continue
             told.add(key)
-            if routine := self.ours.get(symbol):
+            if routine := self._routine(symbol):
                 self.served[str(source.path)][unit].add(routine["name"])
             elif (name := intrinsics.name_of(symbol)) and f"{name}_" in self.ours:
                 self._intrinsic(source, place, unit, name, tree)
             elif symbol.endswith("_") and not symbol.startswith("_"):
                 self._nobody(source, place.line, unit, symbol.removesuffix("_"), tree)
+
+    def _routine(self, symbol):
+        if variant := _VARIANT.fullmatch(symbol):
+            return self.variants.get(variant[1])
+        return self.ours.get(symbol)
 
     def _unit(self, source, unit, tree):
         if unit == "MAIN__" and tree:
@@ -189,7 +198,7 @@ class Judge:
     def _size(self, where, said, argument, text, want_size, symbol):
         source, line, unit, name = where
         routine = self.routines[name]
-        if _takes_both(self.catalogue, routine, argument["name"]):
+        if _takes_both(self.catalogue, routine, argument["name"]) or self.is_wide and _has_variants(routine, argument):
             self.tell("integer-width", TO_DO, source, line, unit, name,
                        f"{said}, and by EXTERNAL the library wants INTEGER({want_size})",
                        f"`use qxport, only: {name}` in the unit{_INSTEAD if _is_declared(symbol) else ''}: through the module "
@@ -331,6 +340,11 @@ def _type(text, target):
 
 def _words(argument, size):
     return f"{argument['type'].partition('(')[0].upper()}({size})"
+
+
+def _has_variants(routine, argument):
+    """Whether the modules for default integers of 8 bytes take an argument of either size."""
+    return routine["module"] is not None and argument["type"] == "integer(4)"
 
 
 def _takes_both(catalogue, routine, argument):

@@ -95,6 +95,6 @@ def _as_word(path):
 def build_command(program, installed, options, compiler, has_modules, added, objects):
     words = [*compiler.words, *options.flags, *added]
     words += [f"-I{options.modules}"] if has_modules else []
-    words += [f"-I{installed.include}", "-o", program.name, *(_as_word(source.path) for source in program.sources)]
-    words += [*(_as_word(path) for path in objects), f"-L{installed.libraries}", f"-Wl,-rpath,{installed.libraries}", "-lqxportmt", "-lqxcoremt_gnu"]
+    words += [f"-I{installed.modules_for(options.flags)}", "-o", program.name, *(_as_word(source.path) for source in program.sources)]
+    words += [*(_as_word(path) for path in objects), *installed.link_words(options.flags)]
     return shlex.join(words)

@@ -1,10 +1,9 @@
-!finds: default-integer-8 -fdefault-integer-8
 !finds: integer-width sleepqq
-!mend: integer :: n => integer(4) :: n
+!mend: external :: sleepqq => use qxport, only: sleepqq
 !prints: slept
 program wide
-  integer :: n
   external :: sleepqq
+  integer :: n
   n = 1
   call sleepqq(n)
   print '(a)', 'slept'
