@@ -83,13 +83,15 @@ constexpr uint32_t sse_fields(uint16_t x87) {
 }
 
 // Replaces the selected fields of the SSE register, both words given in the layout of the x87 unit. Loading a
-// register of control is dear: what it holds already is not loaded.
-inline void set_sse_fields(uint16_t x87, uint16_t selected) {
+// register of control is dear: what it holds already is not loaded. The register's new word is returned: to
+// read it again would wait for the load.
+inline uint32_t set_sse_fields(uint16_t x87, uint16_t selected) {
   const uint32_t fields = sse_fields(selected);
   const uint32_t before = _mm_getcsr();
   const uint32_t word = (before & ~fields) | (sse_fields(x87) & fields);
   if (word != before)
     _mm_setcsr(word);
+  return word;
 }
 
 // The flags that either unit has raised.

@@ -6,8 +6,8 @@
 
 namespace qxcore {
 
-// The control word of this thread.
-uint32_t control_word();
+// The control word of this thread, whose SSE register holds `sse`.
+uint32_t control_word(uint32_t sse);
 
 // Replaces the bits of precision and infinity control that mask selects.
 void set_precision_and_infinity(uint32_t value, uint32_t mask);

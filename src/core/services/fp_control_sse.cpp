@@ -52,8 +52,7 @@ void keep_state(uint32_t state) {
 
 }  // namespace
 
-uint32_t control_word() {
-  const uint32_t sse = _mm_getcsr();
+uint32_t control_word(uint32_t sse) {
   return exceptions_of_unit(sse >> SSE_MASKS_SHIFT) | (sse & sse_fields(X87_ROUNDING)) >> 5 | kept_state();
 }
 

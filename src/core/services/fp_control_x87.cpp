@@ -14,7 +14,7 @@ constexpr uint32_t word_of(uint16_t x87) {
 
 }  // namespace
 
-uint32_t control_word() {
+uint32_t control_word(uint32_t) {
   return word_of(x87_control());
 }
 

@@ -18,25 +18,29 @@ void move_stale_flags(unsigned unmasked) {
   _mm_setcsr(_mm_getcsr() | flags);
 }
 
-void set_masks_and_rounding(uint16_t x87, uint16_t selected) {
-  set_sse_fields(x87, selected);
+// Returns what the SSE register holds then, but for flags.
+uint32_t set_masks_and_rounding(uint16_t x87, uint16_t selected) {
   const uint16_t before = x87_control();
   const auto control = static_cast<uint16_t>((before & ~selected) | (x87 & selected));
   const unsigned unmasked = before & ~control & X87_MASKS;
   if (unmasked != 0)
     move_stale_flags(unmasked);
+  const uint32_t sse = set_sse_fields(x87, selected);
   if (control != before)
     set_x87_control(control);
+  return sse;
 }
 
 }  // namespace
 
 uint32_t controlfp(uint32_t value, uint32_t mask) {
-  if ((mask & (FP_ALL_EXCEPTIONS | FP_ROUNDING)) != 0)
-    set_masks_and_rounding(x87_fields(value & ~FP_INFINITY), x87_fields(mask & ~FP_INFINITY));
+  const bool sets_fields = (mask & (FP_ALL_EXCEPTIONS | FP_ROUNDING)) != 0;
+  const uint32_t sse =
+      sets_fields ? set_masks_and_rounding(x87_fields(value & ~FP_INFINITY), x87_fields(mask & ~FP_INFINITY))
+                  : _mm_getcsr();
   if ((mask & (FP_PRECISION | FP_INFINITY)) != 0)
     qxcore::set_precision_and_infinity(value, mask);
-  return qxcore::control_word();
+  return qxcore::control_word(sse);
 }
 
 uint32_t statusfp() {
