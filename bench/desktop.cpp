@@ -5,6 +5,7 @@
 #include <qxport/qxport.h>
 
 #include <climits>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -15,8 +16,9 @@ namespace {
 
 // Five members, all of which exist.
 constexpr char EXISTING[] = "/usr/share/zoneinfo/Etc/UTC";
-// No member of it exists.
-constexpr char MISSING[] = "/qxport-no-such/name.ext";
+// The host is not asked about it: a single question takes longer than all else that is measured, and varies
+// by more.
+constexpr char ROOT[] = "/";
 
 qxport_charlen length_of(const char *text) {
   return static_cast<qxport_charlen>(strlen(text));
@@ -38,13 +40,13 @@ BENCHMARK(full_path_realpath)->Name("fullpathqq/realpath");
 void split_ours(benchmark::State &state) {
   char drive[3], dir[256], name[256], ext[256];
   for (auto _ : state)
-    benchmark::DoNotOptimize(splitpathqq_(MISSING, drive, dir, name, ext, length_of(MISSING), sizeof(drive),
+    benchmark::DoNotOptimize(splitpathqq_(ROOT, drive, dir, name, ext, length_of(ROOT), sizeof(drive),
                                           sizeof(dir), sizeof(name), sizeof(ext)));
 }
 void split_resolution(benchmark::State &state) {
   char path[qxport::RESOLVED_LIMIT + 1];
   for (auto _ : state) {
-    __qxport_resolve_unix_path(MISSING, path);
+    __qxport_resolve_unix_path(ROOT, path);
     benchmark::DoNotOptimize(path);
   }
 }
@@ -69,20 +71,37 @@ void system_ours(benchmark::State &state) {
     if (systemqq_(":", 1) != 1)
       return state.SkipWithError("the command failed");
 }
+// What a program does that keeps the command's signals from itself, as the routine has to.
 void system_by_hand(benchmark::State &state) {
+  struct sigaction ignore = {}, interrupt, quit;
+  ignore.sa_handler = SIG_IGN;
+  sigset_t child_ended, mask;
+  sigemptyset(&child_ended);
+  sigaddset(&child_ended, SIGCHLD);
+  const auto put_back = [&] {
+    sigaction(SIGINT, &interrupt, nullptr);
+    sigaction(SIGQUIT, &quit, nullptr);
+    sigprocmask(SIG_SETMASK, &mask, nullptr);
+  };
   for (auto _ : state) {
+    sigaction(SIGINT, &ignore, &interrupt);
+    sigaction(SIGQUIT, &ignore, &quit);
+    sigprocmask(SIG_BLOCK, &child_ended, &mask);
     const pid_t child = fork();
     if (child == 0) {
+      put_back();
       execl("/bin/sh", "sh", "-c", ":", nullptr);
       _exit(127);
     }
     int status;
-    if (waitpid(child, &status, 0) != child)
+    const bool waited = waitpid(child, &status, 0) == child;
+    put_back();
+    if (!waited)
       return state.SkipWithError("no child");
   }
 }
 BENCHMARK(system_ours)->Name("systemqq/ours")->UseRealTime();
-BENCHMARK(system_by_hand)->Name("systemqq/fork, execl, waitpid")->UseRealTime();
+BENCHMARK(system_by_hand)->Name("systemqq/by hand")->UseRealTime();
 
 constexpr int32_t SUMMER = 1689429600;
 
@@ -146,7 +165,7 @@ int main(int argc, char **argv) {
                     {{"fullpathqq", "realpath", 1.10},
                      {"splitpathqq", "the resolution in it", bench::NO_LIMIT, 60},
                      {"runqq", "system", 1.05},
-                     {"systemqq", "fork, execl, waitpid", 1.05},
+                     {"systemqq", "by hand", 1.05},
                      {"packtimeqq", "", 60},
                      {"packtimeqq", "mktime"},
                      {"unpacktimeqq", "localtime_r", 1.60}});
