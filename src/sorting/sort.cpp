@@ -82,22 +82,28 @@ void sort_two_or_three_reals(void *array, size_t count) {
     return (one > other) & (one <= Infinity<T>::IMAGE) & (other >= Infinity<T>::NEGATIVE_IMAGE) &
            ((one != Zeros<T>::POSITIVE) | (other != Zeros<T>::NEGATIVE));
   };
-  if (count == 2)
-    return sort_two_or_three<T>(array, 2, greater);
-  // Three images are sorted as integers, which is less work, where that is right.
+  // Images are sorted as integers, which is less work, where that is right.
   Cell<T> *const elements = cells<T>(array);
-  T first = image_of<T>(elements[0].value), second = image_of<T>(elements[1].value),
-    third = image_of<T>(elements[2].value);
+  T first = image_of<T>(elements[0].value), second = image_of<T>(elements[1].value);
   const auto is_special = [](T image) { return is_nan(image) | (image == Zeros<T>::NEGATIVE); };
-  if (is_special(first) | is_special(second) | is_special(third))
-    return sort_two_or_three<T>(array, 3, greater);
   const auto exceeds_image = [](T a, T b) { return a > b; };
-  order(&first, &second, exceeds_image);
-  order(&second, &third, exceeds_image);
+  bool special = is_special(first) | is_special(second);
+  if (count == 3) {
+    T third = image_of<T>(elements[2].value);
+    if ((first <= second) & (second <= third))
+      return;
+    special |= is_special(third);
+    if (special)
+      return sort_two_or_three<T>(array, 3, greater);
+    order(&first, &second, exceeds_image);
+    order(&second, &third, exceeds_image);
+    elements[2].value = image_of<T>(third);
+  } else if (special) {
+    return sort_two_or_three<T>(array, 2, greater);
+  }
   order(&first, &second, exceeds_image);
   elements[0].value = image_of<T>(first);
   elements[1].value = image_of<T>(second);
-  elements[2].value = image_of<T>(third);
 }
 void sort_two_or_three_quadruples(void *array, size_t count) {
   sort_two_or_three<Wide>(array, count, [](Wide a, Wide b) {
