@@ -53,10 +53,13 @@ inline bool has_room_for_copy(size_t bytes) {
   const int before = errno;
   const bool is_large =
       bytes / static_cast<size_t>(sysconf(_SC_PAGESIZE)) >= static_cast<size_t>(sysconf(_SC_PHYS_PAGES)) / 4;
-  void *room = is_large ? nullptr : malloc(bytes);
+  // Volatile, or a compiler may leave out the allocation, which is only given back, and take it for a
+  // success.
+  void *volatile room = is_large ? nullptr : malloc(bytes);
+  const bool is_there = room != nullptr;
   free(room);
   errno = before;
-  return room != nullptr;
+  return is_there;
 }
 
 // Sorts by `host_sort(array, count, size)`, the host's, or in place where that is the safe way. Fewer than
