@@ -51,7 +51,7 @@ program arguments
   implicit none
   integer, parameter :: beyond = 2_int64**32, below = -2_int64**31 - 1, untouched = 81985529216486895_int64
   integer, parameter :: enoent = 2
-  character(:), allocatable :: directory
+  character(:), allocatable, save :: directory
   integer :: ierror
 
   call check(kind(ierror), kind(0_int64), 'default integers have 8 bytes')
