@@ -150,20 +150,17 @@ void sort_handful_of_reals(Cell<typename Lanes::T> *array, size_t count) {
   if (images_in_order<portable::Single<T, Lanes>, false>(array, count))
     return;
   Cell<T> images[HANDFUL];
-  bool moves = false, special = false;
+  bool special = false;
   for (size_t place = 0; place < count; ++place) {
     const T image = image_of<T>(array[place].value);
     images[place].value = image;
-    moves |= place > 0 && images[place - 1].value > image;
     special |= is_nan(image) | (image == Zeros<T>::NEGATIVE);
   }
   if (special)
     for (size_t place = 1; place < count; ++place)
       insert(images, place, 1);
-  else if (moves)
-    sort_few<portable::Single<T, Lanes>>(images, count);
   else
-    return;
+    sort_few<portable::Single<T, Lanes>>(images, count);
   for (size_t place = 0; place < count; ++place)
     array[place].value = image_of<T>(images[place].value);
 }
